@@ -1,0 +1,29 @@
+// The file layer below its exported functions: what the engine needs beyond 32-bit sizes, and the row of
+// system calls that a test may replace to make them fail.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/platform.h"
+
+struct FileCalls {
+    bool (*open)(PlatformFile *ret_file, const char *path, bool reading, bool writing, OpenMode mode,
+                 bool writethrough) = platform_open;
+    void (*close)(PlatformFile file) = platform_close;
+    int64_t (*seek)(PlatformFile file, int64_t offset, SeekFrom from) = platform_seek;
+    int64_t (*read)(PlatformFile file, void *buffer, uint32_t bytes) = platform_read;
+    int64_t (*write)(PlatformFile file, const void *buffer, uint32_t bytes) = platform_write;
+    bool (*set_end)(PlatformFile file) = platform_set_end;
+    bool (*sync)(PlatformFile file) = platform_sync;
+    bool (*size)(PlatformFile file, uint64_t *ret_bytes) = platform_size;
+    bool (*open_alone)(PlatformFile *ret_file, const char *path) = platform_open_alone;
+    bool (*set_times)(PlatformFile file, int64_t time) = platform_set_times;
+};
+
+extern const FileCalls *file_calls; // never null; what every file_* function uses
+
+// Counts up with each write, cut, paste or change of size that this process makes through the file layer, so
+// that whoever keeps bytes of a file knows when to read them again.
+extern uint64_t file_generation;
+
+bool file_size_in_bytes(uint64_t file, uint64_t *ret_bytes); // the whole 64-bit size; sets no error

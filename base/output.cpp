@@ -1,0 +1,107 @@
+// Printing through one buffer, which leaves in large pieces.
+#include "base/output.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+namespace
+{
+
+constexpr size_t buffer_size = 64 * 1024;
+constexpr size_t reserve_limit = 4096;
+
+struct Output {
+    FileHandle file; // 0: standard output
+    bool failed;
+    size_t fill;
+    std::array<char, buffer_size> buffer;
+};
+
+constinit Output output = {};
+
+char *free_place()
+{
+    return output.buffer.data() + output.fill;
+}
+
+size_t room()
+{
+    return buffer_size - output.fill;
+}
+
+void write_out(FileHandle file, const char *bytes, size_t count)
+{
+    if (!file_is_valid(file)) return; // the void handle takes everything
+    while (count > 0) {
+        const int32_t written = file_write(file, bytes, static_cast<uint32_t>(count));
+        if (written <= 0) {
+            output.failed = true;
+            return;
+        }
+        bytes += written;
+        count -= std::min(static_cast<size_t>(written), count);
+    }
+}
+
+} // namespace
+
+void output_to(FileHandle file)
+{
+    output_flush();
+    output.file = file;
+}
+
+void output_text(std::string_view text)
+{
+    while (!text.empty()) {
+        const size_t part = std::min(text.size(), room());
+        memcpy(free_place(), text.data(), part);
+        output.fill += part;
+        text.remove_prefix(part);
+        if (room() == 0) output_flush();
+    }
+}
+
+void output_format(const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    va_list again;
+    va_copy(again, arguments);
+    int length = vsnprintf(free_place(), room(), format, arguments);
+    if (length > 0 && static_cast<size_t>(length) >= room()) {
+        output_flush();
+        length = vsnprintf(free_place(), room(), format, again);
+    }
+    va_end(again);
+    va_end(arguments);
+    if (length > 0) output_advance(std::min(static_cast<size_t>(length), buffer_size - 1));
+}
+
+char *output_reserve(size_t bytes)
+{
+    if (room() < std::min(bytes, reserve_limit)) output_flush();
+    return free_place();
+}
+
+void output_advance(size_t bytes)
+{
+    output.fill += std::min(bytes, room());
+}
+
+void output_flush()
+{
+    const size_t count = output.fill;
+    output.fill = 0;
+    write_out(output.file != 0 ? output.file : Stdout, output.buffer.data(), count);
+}
+
+bool output_failed()
+{
+    const bool failed = output.failed;
+    output.failed = false;
+    return failed;
+}

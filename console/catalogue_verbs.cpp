@@ -1,0 +1,191 @@
+// The verbs that look at a medium and change nothing: the catalogue and the summary, as text or as JSON.
+#include "console/catalogue_verbs.h"
+
+#include <vector>
+
+#include "base/convert.h"
+#include "console/json.h"
+#include "console/medium.h"
+#include "console/report.h"
+#include "volume/catalogue.h"
+#include "volume/catalogue_inner.h"
+#include "volume/format.h"
+#include "volume/names.h"
+#include "volume/type_text.h"
+
+namespace
+{
+constexpr uint32_t file_not_found = 207;
+
+using Patterns = std::vector<const char *>; // as the engine takes it, ended by a null pointer
+
+Patterns patterns_of(const Arguments &arguments)
+{
+    Patterns patterns;
+    patterns.reserve(arguments.words.size() + 1);
+    for (const std::string &pattern : arguments.words) patterns.push_back(pattern.c_str());
+    patterns.push_back(nullptr);
+    return patterns;
+}
+
+// ---- ls ------------------------------------------------------------------------------------------------
+
+void print_line(void *, const MediaDescriptor *md, const FileInfo *info)
+{
+    print_list_entry(md, info, false);
+}
+
+uint32_t print_catalogue(const MediaDescriptor *md, const Patterns &patterns)
+{
+    print_list_header(md);
+    return visit_matching(md, patterns.data(), print_line, nullptr);
+}
+
+void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
+{
+    auto *writer = static_cast<JsonWriter *>(context);
+    char visible[VISIBLE_NAME_SIZE];
+    char type[type_text_size];
+    compose_filename(md, info, visible);
+    type_text(info, type);
+    std::string_view name = field_text(info->name, sizeof info->name);
+    writer->StartObject();
+    json_roman8(writer, "name", name);
+    json_roman8(writer, "visible", field_text(visible, sizeof visible));
+    json_number(writer, "type", info->type);
+    json_roman8(writer, "type_text", field_text(type, sizeof type));
+    json_roman8(writer, "system", field_text(info->system_string, sizeof info->system_string));
+    json_number(writer, "location", info->location);
+    json_number(writer, "size", info->size);
+    json_number(writer, "records", info->records);
+    json_number(writer, "record_length", uint64_t{info->record_len} * 2);
+    json_date(writer, "date", info->date);
+    json_flag(writer, "deleted", info->deleted != 0);
+    json_flag(writer, "directory", info->is_directory != 0);
+    json_flag(writer, "protected", (info->attributes & ATTRIBUTE_READ_ONLY) != 0);
+    json_flag(writer, "hidden", (info->attributes & ATTRIBUTE_HIDDEN) != 0);
+    json_number(writer, "level", info->level);
+    json_hex(writer, "name_hex", name);
+    writer->EndObject();
+}
+
+uint32_t write_catalogue(const MediaDescriptor *md, const Patterns &patterns)
+{
+    JsonStream stream;
+    JsonWriter writer(stream);
+    writer.StartObject();
+    json_host_text(&writer, "medium", field_text(md->msus, sizeof md->msus));
+    json_host_text(&writer, "format", volume_format(md->format).name);
+    json_roman8(&writer, "label", field_text(md->label, sizeof md->label));
+    writer.Key("entries");
+    writer.StartArray();
+    uint32_t count = visit_matching(md, patterns.data(), write_entry, &writer);
+    writer.EndArray();
+    writer.EndObject();
+    json_end(&stream);
+    return count;
+}
+
+// ---- info ----------------------------------------------------------------------------------------------
+
+void write_geometry(JsonWriter *writer, const MediaDescriptor *md)
+{
+    json_number(writer, "interleave", md->interleave);
+    json_number(writer, "cylinders", md->cylinders);
+    json_number(writer, "heads", md->heads);
+    json_number(writer, "sectors", md->sectors);
+    json_number(writer, "records", md->records);
+    json_number(writer, "system_tracks", md->system_tracks);
+    json_number(writer, "data_tracks", md->data_tracks);
+}
+
+void write_tables(JsonWriter *writer, const MediaDescriptor *md)
+{
+    json_number(writer, "dir_start", md->dir_start);
+    json_number(writer, "dir_size", md->dir_size);
+    json_number(writer, "dir_entry_size", md->dir_entry_size);
+    json_number(writer, "alloc_start", md->alloc_start);
+    json_number(writer, "alloc_size", md->alloc_size);
+    json_number(writer, "alloc_entry_size", md->alloc_entry_size);
+    json_number(writer, "spare_dir_start", md->spare_dir_start);
+    json_number(writer, "spare_alloc_start", md->spare_alloc_start);
+    json_number(writer, "file_area_start", md->file_area_start);
+    json_number(writer, "data_size", md->data_size);
+}
+
+void write_sdf_fields(JsonWriter *writer, const MediaDescriptor *md)
+{
+    json_number(writer, "needs_check", md->needs_check);
+    json_date(writer, "backup_date", md->backup_date);
+    json_number(writer, "block_size", md->block_size);
+    json_number(writer, "boot_start", md->boot_start);
+    json_number(writer, "boot_size", md->boot_size);
+    json_number(writer, "fat_start", md->fat_start);
+    json_number(writer, "largest_block", md->largest_block);
+    json_roman8(writer, "password", field_text(md->password, sizeof md->password));
+    json_number(writer, "inode_count", md->inode_count);
+}
+
+void write_options(JsonWriter *writer, const MediaDescriptor *md)
+{
+    json_number(writer, "use_type_names", md->use_type_names);
+    json_number(writer, "use_typed_extensions", md->use_typed_extensions);
+    json_number(writer, "use_file_conversion", md->use_file_conversion);
+    json_number(writer, "use_file_headers", md->use_file_headers);
+    json_number(writer, "prefer_hfs", md->prefer_hfs);
+    json_number(writer, "show_purged", md->show_purged);
+}
+
+void write_info(const MediaDescriptor *md)
+{
+    JsonStream stream;
+    JsonWriter writer(stream);
+    writer.StartObject();
+    json_number(&writer, "format", md->format);
+    json_number(&writer, "size", md->size);
+    json_host_text(&writer, "msus", field_text(md->msus, sizeof md->msus));
+    json_number(&writer, "access", md->access);
+    json_number(&writer, "magic", md->magic);
+    json_date(&writer, "date", md->date);
+    json_roman8(&writer, "label", field_text(md->label, sizeof md->label));
+    json_number(&writer, "dir_id", md->dir_id);
+    json_number(&writer, "version", md->version);
+    write_geometry(&writer, md);
+    write_tables(&writer, md);
+    write_sdf_fields(&writer, md);
+    json_number(&writer, "hfs_present", md->hfs_present);
+    json_number(&writer, "hfs_record", md->hfs_record);
+    json_number(&writer, "used_bytes", md->used_bytes);
+    json_number(&writer, "free_bytes", md->free_bytes);
+    write_options(&writer, md);
+    writer.EndObject();
+    json_end(&stream);
+}
+}
+
+int run_ls(const Arguments &arguments)
+{
+    Patterns patterns = patterns_of(arguments);
+    Reading reading = open_for_reading(arguments);
+    if (reading.medium == nullptr) return exit_failed;
+    const MediaDescriptor *md = reading.medium.get();
+    begin_data();
+    uint32_t count = arguments.json ? write_catalogue(md, patterns) : print_catalogue(md, patterns);
+    int code = report_reading(reading, finish_data(exit_done));
+    if (count != 0 || arguments.words.empty() || md->root == nullptr) return code;
+    set_error(file_not_found, "");
+    return report_failure();
+}
+
+int run_info(const Arguments &arguments)
+{
+    Reading reading = open_for_reading(arguments);
+    if (reading.medium == nullptr) return exit_failed;
+    begin_data();
+    if (arguments.json) {
+        write_info(reading.medium.get());
+    } else {
+        print_media_info(reading.medium.get());
+    }
+    return report_reading(reading, finish_data(exit_done));
+}

@@ -1,0 +1,170 @@
+// JSON into the engine's output: texts, dates and numbers as the records have them.
+#include "console/json.h"
+
+#include <cstring>
+
+#include "base/file.h"
+#include "base/output.h"
+#include "console/roman8.h"
+
+namespace
+{
+constexpr size_t longest_text = FILE_PATH_SIZE;
+constexpr size_t escape_bytes = 6; // "\u0000"
+static_assert(longest_text * escape_bytes + 2 < JsonStream::piece, "any text has room in one piece");
+constexpr char hex_digits[] = "0123456789ABCDEF";
+
+void put_name(JsonWriter *writer, std::string_view name)
+{
+    writer->Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+}
+
+// A control character as JSON writes it. Those of the second set and DEL needn't be escaped there, but a terminal
+// would act on them.
+char *put_control(char *target, uint8_t code)
+{
+    const char text[escape_bytes] = {'\\', 'u', '0', '0', hex_digits[code >> 4], hex_digits[code & 15]};
+    std::memcpy(target, text, escape_bytes);
+    return target + escape_bytes;
+}
+
+// The text with its quotes; target has room for escape_bytes for each byte that the text had before it was UTF-8, and
+// for the quotes.
+size_t quote(char *target, std::string_view utf8)
+{
+    char *position = target;
+    *position++ = '"';
+    for (size_t index = 0; index < utf8.size(); index++) {
+        auto code = static_cast<uint8_t>(utf8[index]);
+        bool second_set = code == 0xC2 && index + 1 < utf8.size() && static_cast<uint8_t>(utf8[index + 1]) < 0xA0;
+        if (second_set) {
+            position = put_control(position, static_cast<uint8_t>(utf8[++index]));
+        } else if (code < 0x20 || code == 0x7F) {
+            position = put_control(position, code);
+        } else {
+            if (code == '"' || code == '\\') *position++ = '\\';
+            *position++ = utf8[index];
+        }
+    }
+    *position++ = '"';
+    return static_cast<size_t>(position - target);
+}
+
+using Conversion = size_t (*)(char *target, std::string_view source);
+
+void put_text(JsonWriter *writer, std::string_view name, std::string_view text, Conversion conversion)
+{
+    char utf8[longest_text * utf8_bytes];
+    char quoted[longest_text * escape_bytes + 2];
+    size_t length = conversion(utf8, text.substr(0, longest_text));
+    put_name(writer, name);
+    writer->RawValue(quoted, quote(quoted, std::string_view(utf8, length)), rapidjson::kStringType);
+}
+
+bool in_range(int32_t value, int32_t least, int32_t most)
+{
+    return value >= least && value <= most;
+}
+
+int32_t true_month(int32_t month)
+{
+    constexpr int32_t october_of_bcd = 15;
+    return month == october_of_bcd ? 10 : month + 1;
+}
+
+bool is_date(const TimeRecord &date)
+{
+    return in_range(date.tm_mday, 1, 31) && in_range(true_month(date.tm_mon), 1, 12) &&
+           in_range(date.tm_year, -1900, 9999 - 1900) && in_range(date.tm_hour, 0, 23) &&
+           in_range(date.tm_min, 0, 59) && in_range(date.tm_sec, 0, 59);
+}
+
+char *put_digits(char *target, int32_t value, size_t digits)
+{
+    for (size_t index = digits; index > 0; index--) {
+        target[index - 1] = static_cast<char>('0' + value % 10);
+        value /= 10;
+    }
+    return target + digits;
+}
+}
+
+void JsonStream::next_piece()
+{
+    Flush();
+    start = output_reserve(JsonStream::piece);
+    position = start;
+    end = start + JsonStream::piece;
+}
+
+void JsonStream::Flush()
+{
+    if (start != nullptr) output_advance(static_cast<size_t>(position - start));
+    start = position = end = nullptr;
+}
+
+void json_number(JsonWriter *writer, std::string_view name, uint64_t value)
+{
+    put_name(writer, name);
+    writer->Uint64(value);
+}
+
+void json_flag(JsonWriter *writer, std::string_view name, bool value)
+{
+    put_name(writer, name);
+    writer->Bool(value);
+}
+
+void json_roman8(JsonWriter *writer, std::string_view name, std::string_view text)
+{
+    put_text(writer, name, text, roman8_to_utf8);
+}
+
+void json_host_text(JsonWriter *writer, std::string_view name, std::string_view text)
+{
+    put_text(writer, name, text, repair_utf8);
+}
+
+void json_hex(JsonWriter *writer, std::string_view name, std::string_view bytes)
+{
+    char quoted[2 * longest_text + 2];
+    char *position = quoted;
+    *position++ = '"';
+    for (char byte : bytes.substr(0, longest_text)) {
+        auto code = static_cast<uint8_t>(byte);
+        *position++ = hex_digits[code >> 4];
+        *position++ = hex_digits[code & 15];
+    }
+    *position++ = '"';
+    put_name(writer, name);
+    writer->RawValue(quoted, static_cast<size_t>(position - quoted), rapidjson::kStringType);
+}
+
+void json_date(JsonWriter *writer, std::string_view name, const TimeRecord &date)
+{
+    put_name(writer, name);
+    if (!is_date(date)) {
+        writer->Null();
+        return;
+    }
+    char text[] = "\"0000-00-00T00:00:00\"";
+    char *position = put_digits(text + 1, date.tm_year + 1900, 4) + 1;
+    position = put_digits(position, true_month(date.tm_mon), 2) + 1;
+    position = put_digits(position, date.tm_mday, 2) + 1;
+    position = put_digits(position, date.tm_hour, 2) + 1;
+    position = put_digits(position, date.tm_min, 2) + 1;
+    put_digits(position, date.tm_sec, 2);
+    writer->RawValue(text, sizeof text - 1, rapidjson::kStringType);
+}
+
+void json_end(JsonStream *stream)
+{
+    stream->Put('\n');
+    stream->Flush();
+}
+
+std::string_view field_text(const char *field, size_t size)
+{
+    const void *end = std::memchr(field, 0, size);
+    return {field, end == nullptr ? size : static_cast<size_t>(static_cast<const char *>(end) - field)};
+}

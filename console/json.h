@@ -1,0 +1,53 @@
+// JSON into the engine's output.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+// What the library would assert are mistakes in the order of calls; a program in use carries on.
+#define RAPIDJSON_ASSERT(condition) (static_cast<void>(0))
+#include <rapidjson/writer.h>
+
+#include "base/time_record.h"
+
+// Where the writer puts its characters: into the engine's output buffer, a piece at a time.
+struct JsonStream {
+    using Ch = char;
+    static constexpr size_t piece = 4096; // the most that can be had at once
+    void next_piece();
+    void Put(char character)
+    {
+        if (position == end) next_piece();
+        *position++ = character;
+    }
+    void Flush();
+
+    char *start = nullptr;
+    char *position = nullptr;
+    char *end = nullptr;
+};
+
+// The writer asks for room once for a whole text (less than a piece), then puts its characters without looking.
+inline void PutReserve(JsonStream &stream, size_t count)
+{
+    if (static_cast<size_t>(stream.end - stream.position) < count) stream.next_piece();
+}
+inline void PutUnsafe(JsonStream &stream, char character)
+{
+    *stream.position++ = character;
+}
+
+using JsonWriter = rapidjson::Writer<JsonStream>;
+
+// A name and its value.
+void json_number(JsonWriter *writer, std::string_view name, uint64_t value);
+void json_flag(JsonWriter *writer, std::string_view name, bool value);
+void json_roman8(JsonWriter *writer, std::string_view name, std::string_view text);    // a text of an HP machine
+void json_host_text(JsonWriter *writer, std::string_view name, std::string_view text); // what the host hands over
+void json_hex(JsonWriter *writer, std::string_view name, std::string_view bytes);
+void json_date(JsonWriter *writer, std::string_view name, const TimeRecord &date); // null for a date that is none
+
+void json_end(JsonStream *stream); // the line end, and all is on its way
+
+// The text in a field of so many bytes, which a NUL may end earlier.
+std::string_view field_text(const char *field, size_t size);

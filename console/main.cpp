@@ -1,0 +1,67 @@
+// The program tarvo: which verb is meant, and the engine around it.
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "base/attach.h"
+#include "base/log.h"
+#include "base/output.h"
+#include "console/arguments.h"
+#include "console/help.h"
+#include "console/report.h"
+
+namespace
+{
+constexpr uint32_t out_of_memory = 105;
+
+struct Attachment {
+    const bool done = library_attach() == 0;
+    ~Attachment()
+    {
+        if (done) library_detach();
+    }
+};
+
+int run_verb(const Verb &verb, const Arguments &arguments)
+{
+    const Attachment attachment;
+    if (!attachment.done) return exit_failed;
+    logfile = file_stderr();
+    loglevel = arguments.log;
+    return verb.run(arguments);
+}
+
+int run_words(const Verb &verb, int count, char **words)
+{
+    Arguments arguments;
+    switch (parse_arguments(verb, count, words, &arguments)) {
+    case Asked::run: return run_verb(verb, arguments);
+    case Asked::help: return print_help(&verb);
+    case Asked::version: return print_version();
+    case Asked::nothing: break;
+    }
+    return exit_usage;
+}
+
+int run_program(int count, char **words)
+{
+    output_to(file_stderr()); // standard output is for data
+    if (count < 2) return report_usage("A verb is required");
+    std::string_view first = words[1];
+    if (first == "--version") return print_version();
+    if (first == "--help" || first == "-h") return print_help(nullptr);
+    const Verb *verb = find_verb(first);
+    if (verb != nullptr) return run_words(*verb, count - 2, words + 2);
+    return report_usage(("There is no verb \"" + std::string(first) + "\"").c_str());
+}
+}
+
+int main(int count, char **words)
+{
+    try {
+        return run_program(count, words);
+    } catch (const std::bad_alloc &) {
+        set_error(out_of_memory, "");
+        return report_failure();
+    }
+}

@@ -1,0 +1,28 @@
+// Opening a medium for a verb.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "console/report.h"
+#include "console/verbs.h"
+#include "volume/media.h"
+
+struct MediumCloser {
+    void operator()(MediaDescriptor *md) const;
+};
+using Medium = std::unique_ptr<MediaDescriptor, MediumCloser>;
+
+// How a medium was read.
+struct Reading {
+    Medium medium;          // null: it couldn't be opened
+    bool whole = true;      // false: its directory couldn't be read whole
+    bool has_words = false; // then `words` say why the directory ends early
+    ErrorWords words = {};
+};
+
+// Opens the medium with its volume for reading only. A failure is reported here.
+Reading open_for_reading(const Arguments &arguments);
+
+// Says why a directory ends early, if it does. Returns code, or exit_partly for exit_done when it isn't whole.
+int report_reading(const Reading &reading, int code);

@@ -1,0 +1,49 @@
+// The verbs of the program, one row each: what the command line takes, what the help says, what runs. The help, the
+// parsing of arguments and the completion of the shell are all read from these rows.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct Arguments { // all that a command line can say
+    std::string medium;
+    std::string word;               // the one word of verbs without a medium
+    std::vector<std::string> words; // patterns
+    int32_t log = 1;                // the log level
+    bool purged = false;
+    bool json = false;
+};
+
+// An option or an argument: exactly one of the members is set; none at all for what the parser answers by itself.
+struct ArgumentRow {
+    const char *names; // "-h,--help"; without a hyphen an argument, which stands at its place
+    const char *help;
+    const char *value = nullptr; // how the help calls the value of an option, null for none
+    bool required = false;
+    bool Arguments::*flag = nullptr;
+    std::string Arguments::*text = nullptr;
+    std::vector<std::string> Arguments::*list = nullptr; // as many as there are
+    int32_t Arguments::*number = nullptr;
+    int32_t least = 0; // of a number
+    int32_t most = 0;
+};
+
+struct Verb {
+    const char *name;
+    std::span<const char *const> aliases;
+    const char *summary; // one line
+    const char *text;    // paragraphs of the help, each ended by a line feed
+    const char *example; // lines, likewise
+    std::span<const ArgumentRow> arguments;
+    int (*run)(const Arguments &arguments); // an ExitCode
+    bool takes_medium = true;               // its arguments are files to a shell
+    bool hidden = false;                    // not in the help
+};
+
+std::span<const Verb> all_verbs();
+std::span<const ArgumentRow> common_options(); // of every verb
+const Verb *find_verb(std::string_view name);  // by name or alias; null for none
+bool is_option(const ArgumentRow &row);

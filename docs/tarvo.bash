@@ -1,0 +1,30 @@
+# Completion of tarvo's command lines for bash; made by "tarvo completion bash".
+_tarvo()
+{
+    local word=${COMP_WORDS[COMP_CWORD]} options="" words=""
+    COMPREPLY=()
+    if ((COMP_CWORD == 1)); then
+        words="ls list dir info help -h --help --version"
+        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+        return
+    fi
+    case ${COMP_WORDS[1]} in
+    ls|list|dir)
+        options="--purged --json --log -h --help --version"
+        ;;
+    info)
+        options="--json --log -h --help --version"
+        ;;
+    help)
+        options="--log -h --help --version"
+        words="ls list dir info help"
+        ;;
+    *) return ;;
+    esac
+    if [[ $word == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
+    elif [[ $words ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+    fi
+}
+complete -o bashdefault -o default -F _tarvo tarvo

@@ -1,0 +1,24 @@
+/* The whole public interface of the engine library. */
+#ifndef TARVO_H
+#define TARVO_H
+
+#include "base/api.h"
+#include "base/convert.h"
+#include "base/error.h"
+#include "base/file.h"
+#include "base/log.h"
+#include "base/memory.h"
+#include "base/timing.h"
+#include "base/wide.h"
+#include "volume/allocation.h"
+#include "volume/catalogue.h"
+#include "volume/entries.h"
+#include "volume/filetypes.h"
+#include "volume/media.h"
+#include "volume/names.h"
+#include "volume/navigate.h"
+#include "volume/open.h"
+#include "volume/table.h"
+#include "volume/target.h"
+
+#endif

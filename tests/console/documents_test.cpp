@@ -1,0 +1,77 @@
+// What is installed beside the program says what the program says.
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/console/program.h"
+#include "tests/support/volume_builder.h"
+
+using tests::run;
+
+namespace
+{
+
+const char *const verbs[] = {"ls", "info", "help"};
+
+// All words of a text that begin with two hyphens.
+std::set<std::string> long_options(const std::string &text)
+{
+    std::set<std::string> options;
+    for (size_t start = text.find("--"); start != std::string::npos; start = text.find("--", start + 2)) {
+        const size_t end = text.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", start);
+        options.insert(text.substr(start, end - start));
+    }
+    return options;
+}
+
+// What bash offers for a command line, whose last word is being written.
+std::string completions(const std::string &words)
+{
+    const tests::TemporaryFile output(".out");
+    const std::string script = "source \"" + tests::documents() + "tarvo.bash\"; COMP_WORDS=(" + words +
+                               "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _tarvo; echo \"${COMPREPLY[*]}\"";
+    const std::string command = "bash -c '" + script + "' >'" + output.path() + "' 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << words;
+    return tests::file_text(output.path());
+}
+
+}
+
+TEST(Completion, InstalledFileIsWhatTheProgramPrints)
+{
+    const tests::Outcome outcome = run({"completion", "bash"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.output, tests::file_text(tests::documents() + "tarvo.bash"));
+}
+
+TEST(Completion, OffersVerbsThenOptions)
+{
+    EXPECT_EQ(completions("tarvo l"), "ls list\n");
+    EXPECT_EQ(completions("tarvo --v"), "--version\n");
+    EXPECT_EQ(completions("tarvo ls --p"), "--purged\n");
+    EXPECT_EQ(completions("tarvo dir --j"), "--json\n");
+    EXPECT_EQ(completions("tarvo info --p"), "\n") << "purged files are none of its business";
+    EXPECT_EQ(completions("tarvo info x.lif --h"), "--help\n");
+    EXPECT_EQ(completions("tarvo help inf"), "info\n");
+    EXPECT_EQ(completions("tarvo ls x"), "\n") << "then the shell offers files";
+    EXPECT_EQ(completions("tarvo bogus --p"), "\n");
+}
+
+TEST(ManualPage, NamesEachVerbAndOption)
+{
+    std::string page = tests::file_text(tests::documents() + "tarvo.1");
+    for (size_t at = page.find("\\-"); at != std::string::npos; at = page.find("\\-", at)) page.erase(at, 1);
+    for (const char *verb : verbs) {
+        EXPECT_NE(page.find(std::string("\n.B tarvo ") + verb + "\n"), std::string::npos) << verb;
+        for (const std::string &option : long_options(run({"help", verb}).output)) {
+            EXPECT_NE(page.find(option), std::string::npos) << option;
+        }
+    }
+    for (const char *alias : {"list", "dir"})
+        EXPECT_NE(page.find(std::string(".B ") + alias), std::string::npos) << alias;
+    EXPECT_NE(page.find("tarvo " TARVO_VERSION), std::string::npos);
+}

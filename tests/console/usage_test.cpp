@@ -1,0 +1,204 @@
+// The command line: verbs, aliases, options, help, version, and what is no command line.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/console/program.h"
+#include "tests/support/volume_builder.h"
+
+using tests::Outcome;
+using tests::run;
+
+namespace
+{
+
+const char *const shown_verbs[] = {"ls", "info", "help"};
+
+void expect_usage_error(const std::vector<std::string> &words, const std::string &text)
+{
+    const Outcome outcome = run(words);
+    EXPECT_EQ(outcome.code, 64) << text;
+    EXPECT_EQ(outcome.output, "") << text;
+    EXPECT_EQ(outcome.errors, tests::error_line(text) + "[tarvo]        Try \"tarvo --help\".\n");
+}
+
+std::vector<std::string> lines_of(const std::string &text)
+{
+    std::vector<std::string> lines;
+    for (size_t start = 0; start < text.size();) {
+        const size_t end = std::min(text.find('\n', start), text.size());
+        lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return lines;
+}
+
+}
+
+TEST(Version, IsPrintedAloneAndBehindEachVerb)
+{
+    const Outcome alone = run({"--version"});
+    EXPECT_EQ(alone.code, 0);
+    EXPECT_EQ(alone.output, "tarvo " TARVO_VERSION "\n");
+    EXPECT_EQ(alone.errors, "");
+    for (const char *verb : shown_verbs) {
+        const Outcome outcome = run({verb, "--version"});
+        EXPECT_EQ(outcome.code, 0) << verb;
+        EXPECT_EQ(outcome.output, alone.output) << verb;
+    }
+}
+
+TEST(Help, ListsTheVerbs)
+{
+    const Outcome outcome = run({"--help"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_NE(outcome.output.find("\n  ls            list the files of a medium; also called list dir\n"),
+              std::string::npos);
+    EXPECT_NE(outcome.output.find("\n  info          tell about the volume on a medium\n"), std::string::npos);
+    EXPECT_EQ(outcome.output.find("completion"), std::string::npos) << "hidden verbs stay hidden";
+    EXPECT_EQ(run({"-h"}).output, outcome.output);
+    EXPECT_EQ(run({"help"}).output, outcome.output);
+}
+
+TEST(Help, OfAVerbIsTheSameBehindItAndByTheVerbHelp)
+{
+    for (const char *verb : {"ls", "info", "help", "completion"}) {
+        const Outcome behind = run({verb, "--help"});
+        EXPECT_EQ(behind.code, 0) << verb;
+        EXPECT_EQ(behind.output.rfind("Usage: tarvo " + std::string(verb) + " ", 0), 0U) << behind.output;
+        EXPECT_EQ(run({verb, "-h"}).output, behind.output) << verb;
+        EXPECT_EQ(run({"help", verb}).output, behind.output) << verb;
+    }
+    EXPECT_EQ(run({"help", "dir"}).output, run({"help", "ls"}).output);
+}
+
+TEST(Help, TellsEachOptionOfAVerb)
+{
+    const std::string text = run({"help", "ls"}).output;
+    for (const char *option : {"--purged", "--json", "--log N", "-h, --help", "--version"}) {
+        EXPECT_NE(text.find(std::string("\n  ") + option + " "), std::string::npos) << option;
+    }
+    EXPECT_NE(text.find("Usage: tarvo ls [OPTION...] MEDIUM [PATTERN...]\n"), std::string::npos);
+}
+
+TEST(Help, FitsEightyColumnsAndEndsWithAnExample)
+{
+    for (const std::vector<std::string> &words : {std::vector<std::string>{"--help"},
+                                                  {"help", "ls"},
+                                                  {"help", "info"},
+                                                  {"help", "help"},
+                                                  {"help", "completion"}}) {
+        const std::vector<std::string> lines = lines_of(run(words).output);
+        ASSERT_GE(lines.size(), 3U);
+        for (const std::string &line : lines) EXPECT_LT(line.size(), 80U) << line;
+        EXPECT_EQ(lines[lines.size() - 2], "Example:");
+        EXPECT_NE(lines.back().find("tarvo "), std::string::npos) << lines.back();
+    }
+}
+
+TEST(Help, GoesBeforeWhatElseIsWrong)
+{
+    EXPECT_EQ(run({"ls", "--help"}).code, 0) << "although the medium is missing";
+    EXPECT_EQ(run({"ls", "--help", "x", "--bogus"}).code, 0);
+}
+
+TEST(Usage, WhatIsNoCommandLineEndsWith64)
+{
+    expect_usage_error({}, "A verb is required");
+    expect_usage_error({"frobnicate"}, "There is no verb \"frobnicate\"");
+    expect_usage_error({""}, "There is no verb \"\"");
+    expect_usage_error({"LS"}, "There is no verb \"LS\"");
+    expect_usage_error({"--bogus"}, "There is no verb \"--bogus\"");
+    expect_usage_error({"help", "frobnicate"}, "There is no verb \"frobnicate\"");
+    expect_usage_error({"completion", "fish"}, "Completion is there for bash only");
+}
+
+TEST(Usage, ArgumentsThatAVerbDoesNotTakeEndWith64)
+{
+    const std::vector<std::string> wrong[] = {
+        {"ls"},
+        {"info"},
+        {"info", "a", "b"},
+        {"info", "--purged", "a"},
+        {"ls", "--bogus", "a"},
+        {"ls", "-x", "a"},
+        {"ls", "--json=maybe", "a"},
+        {"ls", "--log"},
+        {"ls", "--log", "x", "a"},
+        {"ls", "--log", "-1", "a"},
+        {"ls", "--log", "16", "a"},
+        {"ls", "--log", "1", "--log", "2", "a"},
+        {"help", "ls", "info"},
+        {"completion"},
+    };
+    for (const std::vector<std::string> &words : wrong) {
+        const Outcome outcome = run(words);
+        std::string shown;
+        for (const std::string &word : words) shown += word + " ";
+        EXPECT_EQ(outcome.code, 64) << shown;
+        EXPECT_EQ(outcome.output, "") << shown;
+        EXPECT_EQ(tests::error_lines(outcome.errors), 1U) << shown << outcome.errors;
+    }
+}
+
+TEST(Usage, AliasesAreTheVerb)
+{
+    const tests::TemporaryFile volume(tests::lif_image(tests::demo_volume()));
+    const Outcome outcome = run({"ls", volume.path()});
+    EXPECT_EQ(outcome.code, 0);
+    for (const char *alias : {"list", "dir"}) {
+        const Outcome same = run({alias, volume.path()});
+        EXPECT_EQ(same.code, 0) << alias;
+        EXPECT_EQ(same.output, outcome.output) << alias;
+    }
+}
+
+TEST(Usage, OptionsStandAnywhereBehindTheVerb)
+{
+    const tests::TemporaryFile volume(tests::lif_image(tests::demo_volume()));
+    const std::string expected = run({"ls", "--json", "--purged", volume.path(), "OLD"}).output;
+    EXPECT_NE(expected.find("\"OLD\""), std::string::npos);
+    EXPECT_EQ(run({"ls", volume.path(), "--json", "OLD", "--purged"}).output, expected);
+    EXPECT_EQ(run({"ls", volume.path(), "OLD", "--purged", "--json"}).output, expected);
+    EXPECT_EQ(run({"ls", "--purged", "--json", "--", volume.path(), "OLD"}).output, expected);
+}
+
+TEST(LogOption, WritesToStandardErrorOnly)
+{
+    const tests::TemporaryFile volume(tests::lif_image(tests::demo_volume()));
+    const Outcome quiet = run({"ls", volume.path()});
+    EXPECT_EQ(quiet.errors, "");
+    const Outcome trace = run({"ls", "--log", "3", volume.path()});
+    EXPECT_EQ(trace.code, 0);
+    EXPECT_EQ(trace.output, quiet.output);
+    EXPECT_NE(trace.errors.find("Trace: image_open(target=\"" + std::string(volume.path()) + "\""), std::string::npos)
+        << trace.errors;
+    EXPECT_NE(trace.errors.find("Trace: image_close("), std::string::npos);
+    const Outcome json = run({"ls", "--log=3", "--json", volume.path()});
+    EXPECT_EQ(json.output, run({"ls", "--json", volume.path()}).output);
+}
+
+TEST(LogOption, TakesTheLevelsFrom0To15)
+{
+    const tests::TemporaryFile volume(tests::lif_image(tests::demo_volume()));
+    const std::string expected = run({"ls", volume.path()}).output;
+    for (const char *level : {"0", "7", "8", "15"}) {
+        const Outcome outcome = run({"ls", "--log", level, volume.path()});
+        EXPECT_EQ(outcome.code, 0) << level;
+        EXPECT_EQ(outcome.output, expected) << level;
+    }
+}
+
+TEST(LogOption, DoesNotRepeatTheErrorLine)
+{
+    const tests::TemporaryFile missing;
+    for (const char *level : {"0", "1", "3", "5"}) {
+        const Outcome outcome = run({"ls", "--log", level, missing.path()});
+        EXPECT_EQ(outcome.code, 1) << level;
+        EXPECT_EQ(tests::error_lines(outcome.errors), 1U) << outcome.errors;
+        EXPECT_NE(outcome.errors.find("Can't open file (Msus \""), std::string::npos) << outcome.errors;
+    }
+}

@@ -1,0 +1,15 @@
+// The lines of the catalogue, and the walk over the entries that a file specification selects.
+#pragma once
+
+#include <cstdint>
+
+#include "volume/media.h"
+
+// One line, by the format of md, into the engine's output; the caller flushes.
+void print_list_entry(const MediaDescriptor *md, const FileInfo *info, bool recursive);
+
+using EntryVisitor = void (*)(void *context, const MediaDescriptor *md, const FileInfo *info);
+
+// Calls `visit` for each entry of the top level that matches and isn't hidden as purged, in list order. Returns how
+// many.
+uint32_t visit_matching(const MediaDescriptor *md, const char *const *filespec, EntryVisitor visit, void *context);

@@ -1,0 +1,31 @@
+// The file systems: one row each, indexed by md->format. A new one is a new folder and a new row.
+#pragma once
+
+#include <cstdint>
+
+#include "volume/media.h"
+
+struct VolumeFormat {
+    const char *name; // shown to users
+    // Is this its record 0? 1 yes, 0 no, -1 a further record that it looks at can't be read.
+    int32_t (*claims)(MediaDescriptor *md, const uint8_t *record) = nullptr;
+    int32_t (*read_header)(MediaDescriptor *md, const uint8_t *record) = nullptr; // 0, or -1 with the error set
+    // As get_file_info, without what all formats share. Absent: error 203.
+    int32_t (*read_entry)(MediaDescriptor *md, FileInfo *info, const uint8_t *entry, uint32_t *ret_size) = nullptr;
+    void (*write_entry)(const MediaDescriptor *md, const FileInfo *info, uint8_t *entry) = nullptr; // absent: read only
+    void (*write_end_mark)(uint8_t *slot) = nullptr;
+    void (*complete_info)(FileInfo *info);   // as add_file_info
+    uint32_t first_entry = 0;                // bytes ahead of the first entry of the directory
+    const uint8_t *directory_head = nullptr; // these bytes
+    uint32_t name_limit = 16;                // characters
+    bool has_spare_directory = false;        // written with each change of the main one
+    bool reads_spare_directory = false;
+    bool has_allocation_table = false;
+    bool may_hold_hfs = false; // record 32 is probed for a second file system
+};
+
+// The row of a format; that of the unknown format for a number that has none.
+const VolumeFormat &volume_format(uint32_t format);
+
+// The number of the format whose volume begins with this record: FORMAT_UNKNOWN for none, -1 for a failed read.
+int32_t recognise_format(MediaDescriptor *md, const uint8_t *record);

@@ -1,0 +1,217 @@
+// An image file as an array of records. Reading goes through a window of 64 KB, since a seek and a read for each 256
+// bytes cost thirty times as much; writing goes straight to the file. The window is forgotten as soon as this process
+// has written any file, and before each reading of a table, so that what others wrote is seen too.
+#include "volume/image_access.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "base/error.h"
+#include "base/file.h"
+#include "base/file_inner.h"
+#include "base/log.h"
+#include "base/log_pointer.h"
+#include "base/memory.h"
+#include "base/output.h"
+#include "base/timing.h"
+#include "volume/open.h"
+
+namespace
+{
+constexpr uint64_t addressable_bytes = uint64_t{1} << 32; // positions in a file have 32 bits
+constexpr uint64_t nothing_known = ~uint64_t{0};
+constexpr int32_t old_family = 2; // os_type of systems that don't fill a file that is made longer
+
+const char *const simh_extensions[] = {".TAP", ".TAPE", ".SIMH"};
+
+bool is_simh_name(const char *msus)
+{
+    const char *dot = std::strrchr(msus, '.');
+    if (dot == nullptr || dot == msus) return false;
+    auto same = [dot](const char *extension) {
+        size_t length = std::strlen(extension);
+        auto equal = [](char left, char right) { return std::toupper(static_cast<unsigned char>(left)) == right; };
+        return std::strlen(dot) == length && std::equal(dot, dot + length, extension, equal);
+    };
+    return std::any_of(std::begin(simh_extensions), std::end(simh_extensions), same);
+}
+
+// A new image is `size` bytes rounded up to whole records, all zero.
+int32_t fill_new_image(MediaDescriptor *md, uint32_t records)
+{
+    if (file_prepare(md->file, records * RECORD_SIZE) != 1) return -1;
+    if (os_type != old_family) return 0;
+    const uint8_t zeros[RECORD_SIZE] = {};
+    for (uint32_t record = 0; record < records; record++) {
+        if (file_writerecord(md->file, record, RECORD_SIZE, zeros) < 0) return -1;
+    }
+    return file_sync(md->file);
+}
+
+int32_t create_image(MediaDescriptor *md, const MediaDescriptor *format)
+{
+    if (format == nullptr) {
+        set_error(103, "no format specified");
+        return -1;
+    }
+    uint64_t records = (uint64_t{format->size} + RECORD_SIZE - 1) / RECORD_SIZE;
+    if (records * RECORD_SIZE >= addressable_bytes) {
+        set_error(307, "can't initialize created file %s", md->msus);
+        return -1;
+    }
+    if (file_open(&md->file, md->msus, "wb+", 0) != 1) {
+        set_error(307, "Msus \"%s\"", md->msus);
+        return -1;
+    }
+    if (fill_new_image(md, static_cast<uint32_t>(records)) < 0) {
+        file_close(md->file);
+        set_error(307, "can't initialize created file %s", md->msus);
+        return -1;
+    }
+    md->size = file_getsize(md->file);
+    return 0;
+}
+
+int32_t open_existing(MediaDescriptor *md, uint16_t flags)
+{
+    if ((flags & OPEN_EMPTY) == 0) {
+        md->size = file_getsize(md->file);
+        return 0;
+    }
+    md->size = 0;
+    if (file_prepare(md->file, 0) == 1) return 0;
+    file_close(md->file);
+    return -1;
+}
+
+void print_image_facts(const MediaDescriptor *md, uint16_t flags)
+{
+    if (loglevel < 2 || (flags & OPEN_CHECK) == 0) return;
+    output_text("-- Image file info --\n");
+    output_format("File name: %s\n", md->msus);
+    output_format("Image size: %lu bytes\n", static_cast<unsigned long>(md->size));
+    output_text("Image type: binary image (hpi) format\n");
+    output_flush();
+}
+
+int32_t open_image(MediaDescriptor *md, const OpenOrder &order)
+{
+    constexpr uint16_t changing = OPEN_CREATE | OPEN_EMPTY;
+    bool reading_only = (order.flags & OPEN_READ_ONLY) != 0;
+    if (reading_only && (order.flags & changing) != 0) {
+        set_error(103, "read only");
+        return -1;
+    }
+    if ((order.flags & OPEN_SIMH) != 0 || is_simh_name(md->msus)) {
+        set_error(109, "SIMH tape image");
+        return -1;
+    }
+    md->state = static_cast<MediaState *>(my_malloc(sizeof(MediaState)));
+    if (md->state == nullptr) {
+        set_error(105, "");
+        return -1;
+    }
+    md->state->window_generation = nothing_known;
+    int32_t result = 0;
+    if (file_open(&md->file, md->msus, reading_only ? "rb" : "rb+", 0) == 1) {
+        result = open_existing(md, order.flags);
+    } else if ((order.flags & OPEN_CREATE) != 0) {
+        result = create_image(md, order.format);
+    } else {
+        uint32_t reason = platform_last_error();
+        set_error(300, "Msus \"%s\"", md->msus);
+        platform_set_last_error(reason);
+        result = -1;
+    }
+    if (result < 0) {
+        md->file = platform_void_file;
+        return -1;
+    }
+    print_image_facts(md, order.flags);
+    return 0;
+}
+
+// What is known of the file holds until anything is written.
+void learn_size(MediaDescriptor *md)
+{
+    MediaState *state = md->state;
+    state->window_length = 0;
+    state->window_generation = file_generation;
+    if (!file_size_in_bytes(md->file, &state->bytes)) state->bytes = 0;
+    state->bytes = std::min(state->bytes, addressable_bytes);
+}
+
+uint64_t image_end_record(MediaDescriptor *md)
+{
+    uint64_t bytes = 0;
+    if (md->state != nullptr) {
+        if (md->state->window_generation != file_generation) learn_size(md);
+        bytes = md->state->bytes;
+    } else if (!file_size_in_bytes(md->file, &bytes)) {
+        return 0;
+    }
+    return (std::min(bytes, addressable_bytes) + RECORD_SIZE - 1) / RECORD_SIZE;
+}
+
+// False when the window can't be read; a record in it may still be readable alone.
+bool fill_window(MediaDescriptor *md, uint64_t position)
+{
+    MediaState *state = md->state;
+    uint64_t start = position - position % window_bytes;
+    state->window_length = 0;
+    if (file_seek(md->file, static_cast<uint32_t>(start)) != 1) return false;
+    int32_t length = file_read(md->file, state->window, window_bytes);
+    if (length < 0) return false;
+    state->window_start = start;
+    state->window_length = static_cast<uint32_t>(length);
+    return true;
+}
+
+int32_t image_read_record(MediaDescriptor *md, uint32_t record, uint8_t *buffer)
+{
+    if (record >= image_end_record(md)) return 0; // behind the end everything is zero
+    MediaState *state = md->state;
+    if (state == nullptr) return file_readrecord(md->file, record, RECORD_SIZE, buffer) < 0 ? -1 : 0;
+    uint64_t position = uint64_t{record} * RECORD_SIZE;
+    bool held = position >= state->window_start && position < state->window_start + state->window_length;
+    if (!held && !fill_window(md, position)) {
+        return file_readrecord(md->file, record, RECORD_SIZE, buffer) < 0 ? -1 : 0;
+    }
+    uint64_t offset = position - state->window_start;
+    if (offset >= state->window_length) return 0; // the file has become shorter
+    uint64_t length = std::min<uint64_t>(RECORD_SIZE, state->window_length - offset);
+    std::memcpy(buffer, state->window + offset, length);
+    return 0;
+}
+
+int32_t image_write_record(MediaDescriptor *md, uint32_t record, const uint8_t *buffer)
+{
+    if (record >= addressable_bytes / RECORD_SIZE) {
+        set_error(303, "");
+        return -1;
+    }
+    return file_writerecord(md->file, record, RECORD_SIZE, buffer);
+}
+
+void image_refresh(MediaDescriptor *md)
+{
+    if (md->state != nullptr) md->state->window_generation = nothing_known;
+}
+
+void image_close_file(MediaDescriptor *md)
+{
+    file_close(md->file);
+}
+}
+
+const MediumAccess image_access = {
+    .name = "image file",
+    .open = open_image,
+    .read_record = image_read_record,
+    .write_record = image_write_record,
+    .end_record = image_end_record,
+    .refresh = image_refresh,
+    .close = image_close_file,
+    .clears_rest_of_directory = true,
+};
