@@ -136,7 +136,7 @@ void *platform_find_first_w(const wchar_t *pattern, FindDataW *ret_data)
 {
     const Utf8Name narrow(pattern);
     if (!narrow.fits) return platform_no_handle();
-    FindDataA data;
+    FindDataA data = {};
     void *handle = platform_find_first_a(narrow.text, &data);
     if (handle != platform_no_handle()) widen(ret_data, data);
     return handle;
@@ -149,7 +149,7 @@ int32_t platform_find_next_a(void *handle, FindDataA *ret_data)
 
 int32_t platform_find_next_w(void *handle, FindDataW *ret_data)
 {
-    FindDataA data;
+    FindDataA data = {};
     if (platform_find_next_a(handle, &data) == 0) return 0;
     widen(ret_data, data);
     return 1;

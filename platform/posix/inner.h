@@ -10,6 +10,9 @@
 
 bool failed(int code); // makes code the last error; always false
 
+// What has been made is taken away again; the last error stays. Always false.
+bool fail_without(const char *path, int (*take_away)(const char *));
+
 int descriptor_of(PlatformFile file); // -1 for no file and for the void handle
 PlatformFile file_of(int descriptor);
 

@@ -18,14 +18,6 @@ constexpr mode_t directory_permissions = 0777; // less the user's mask
 constexpr mode_t kept_permissions = 0777;      // of a copy: whose owner may be another, so no more than that
 constexpr mode_t private_permissions = 0600;   // of a copy until it is whole
 
-// What has been made is taken away again; the error stays. Always false.
-bool fail_without(const char *path, int (*take_away)(const char *))
-{
-    const int code = errno;
-    take_away(path);
-    return failed(code);
-}
-
 bool copy_bytes(int from, int to)
 {
     std::array<uint8_t, 0x10000> bytes;
@@ -86,6 +78,13 @@ bool move_by_steps(const char *from, const char *to)
 }
 
 } // namespace
+
+bool fail_without(const char *path, int (*take_away)(const char *))
+{
+    const int code = errno;
+    take_away(path);
+    return failed(code);
+}
 
 bool copy_descriptor(int from, int to)
 {

@@ -40,11 +40,12 @@ bool copy_file(int source, const char *to, bool fail_if_exists)
     if (fstat(source, &status) != 0) return false;
     if (!S_ISREG(status.st_mode)) return failed(EACCES);
     int target = open_descriptor(to, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
-    if (target < 0 && errno == EEXIST && !fail_if_exists) target = open_existing_target(to, status);
+    const bool is_new = target >= 0;
+    if (!is_new && errno == EEXIST && !fail_if_exists) target = open_existing_target(to, status);
     if (target < 0) return false;
     const bool copied = copy_descriptor(source, target);
     close_keeping_error(target);
-    return copied;
+    return copied || (is_new && fail_without(to, unlink));
 }
 
 // O_ flags of a disposition, -1 for one that there isn't.

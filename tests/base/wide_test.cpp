@@ -116,7 +116,8 @@ std::wstring lengthened(const std::wstring &name, int32_t max_len, int32_t expec
     std::wstring out(static_cast<size_t>(max_len) + 2, L'#');
     EXPECT_EQ(MakeExtraLongNameW(out.data(), name.c_str(), max_len), expected) << name.size();
     EXPECT_EQ(out[static_cast<size_t>(max_len)], L'#') << name.size();
-    return out.c_str();
+    out.resize(wcslen(out.c_str()));
+    return out;
 }
 
 TEST(WideNames, LongNamesAreLengthened)

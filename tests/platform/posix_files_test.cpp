@@ -70,7 +70,7 @@ class Pipe
 
 std::string make_fifo(const Scratch &scratch)
 {
-    const std::string path = scratch.path("fifo");
+    std::string path = scratch.path("fifo");
     if (mkfifo(path.c_str(), 0600) != 0) std::abort();
     return path;
 }
@@ -114,21 +114,60 @@ TEST(PosixFiles, FullDeviceTakesNothing)
     EXPECT_EQ(platform_last_error(), uint32_t{ENOSPC});
 }
 
+// No file grows beyond 1,000 bytes during the life of an object.
+class SmallFiles
+{
+  public:
+    SmallFiles() : old_action_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        if (getrlimit(RLIMIT_FSIZE, &old_) != 0) std::abort();
+        const rlimit small = {1000, old_.rlim_max};
+        if (setrlimit(RLIMIT_FSIZE, &small) != 0) std::abort();
+    }
+    ~SmallFiles()
+    {
+        setrlimit(RLIMIT_FSIZE, &old_);
+        std::signal(SIGXFSZ, old_action_);
+    }
+    SmallFiles(const SmallFiles &) = delete;
+    SmallFiles &operator=(const SmallFiles &) = delete;
+
+  private:
+    void (*old_action_)(int);
+    rlimit old_;
+};
+
+TEST(PosixFiles, CopyThatDoesNotFitIsTakenAway)
+{
+    const Scratch scratch;
+    const std::string from = scratch.file("a", std::string(1500, 'a'));
+    const std::string to = scratch.path("b");
+    int32_t result = 0;
+    uint32_t reason = 0;
+    {
+        const SmallFiles limit;
+        result = platform_copy_file_a(from.c_str(), to.c_str(), 0);
+        reason = platform_last_error();
+    }
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(reason, uint32_t{EFBIG});
+    EXPECT_FALSE(tests::exists(to));
+}
+
 TEST(PosixFiles, WriteThatReachesALimitSaysHowFar)
 {
     const Scratch scratch;
     const Opened opened(scratch.path("f"), true, OpenMode::create_always);
-    rlimit old;
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    const auto old_action = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small = {1000, old.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     const std::string bytes(1500, 'a');
-    const int64_t first = platform_write(opened.file, bytes.data(), 1500);
-    const int64_t second = platform_write(opened.file, bytes.data(), 1);
-    const uint32_t reason = platform_last_error();
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, old_action);
+    int64_t first = 0;
+    int64_t second = 0;
+    uint32_t reason = 0;
+    {
+        const SmallFiles limit;
+        first = platform_write(opened.file, bytes.data(), 1500);
+        second = platform_write(opened.file, bytes.data(), 1);
+        reason = platform_last_error();
+    }
     EXPECT_EQ(first, 1000);
     EXPECT_EQ(second, -1);
     EXPECT_EQ(reason, uint32_t{EFBIG});

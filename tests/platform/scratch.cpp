@@ -31,7 +31,7 @@ std::string Scratch::path(std::string_view name) const
 
 std::string Scratch::file(std::string_view name, std::string_view content) const
 {
-    const std::string made = path(name);
+    std::string made = path(name);
     FILE *stream = fopen(made.c_str(), "wb");
     if (stream == nullptr || fwrite(content.data(), 1, content.size(), stream) != content.size()) std::abort();
     fclose(stream);

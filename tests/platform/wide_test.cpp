@@ -22,7 +22,8 @@ std::string narrow(const std::wstring &source, size_t size = 100)
     const int32_t length = platform_wide_to_ansi(target.data(), size, source.c_str());
     EXPECT_EQ(target.substr(size), "####");
     EXPECT_EQ(static_cast<size_t>(length), strlen(target.c_str()));
-    return target.c_str();
+    target.resize(strlen(target.c_str()));
+    return target;
 }
 
 std::wstring wide(const std::string &source, size_t size = 100)
@@ -31,7 +32,8 @@ std::wstring wide(const std::string &source, size_t size = 100)
     const int32_t length = platform_ansi_to_wide(target.data(), size, source.c_str());
     EXPECT_EQ(target.substr(size), L"####");
     EXPECT_EQ(static_cast<size_t>(length), wcslen(target.c_str()));
-    return target.c_str();
+    target.resize(wcslen(target.c_str()));
+    return target;
 }
 
 TEST(PlatformWide, PlainTextBothWays)
