@@ -57,6 +57,21 @@ bool break_down(const timespec &time, SystemTime *ret_time)
     return true;
 }
 
+// mktime() looks for the zone's file at each call, which a catalogue of thousands of dates can't bear; this asks for
+// the zone's distance at the time in question, twice, since the first answer may lie across a change of the clocks.
+bool seconds_of_local(tm parts, time_t *ret_seconds)
+{
+    const time_t as_universal = timegm(&parts);
+    time_t seconds = as_universal;
+    for (int round = 0; round < 2; ++round) {
+        tm local;
+        if (localtime_r(&seconds, &local) == nullptr) return false;
+        seconds = as_universal - local.tm_gmtoff;
+    }
+    *ret_seconds = seconds;
+    return true;
+}
+
 bool daylight_time_is_now()
 {
     const time_t now = time(nullptr);
@@ -86,10 +101,8 @@ bool platform_file_time(const SystemTime *local, int64_t *ret_time)
     parts.tm_hour = local->hour;
     parts.tm_min = local->minute;
     parts.tm_sec = local->second;
-    parts.tm_isdst = -1; // what the date itself had
-    parts.tm_wday = -1;  // stays when there is no such time; the result alone can't tell
-    const time_t seconds = mktime(&parts);
-    if (parts.tm_wday < 0) return false;
+    time_t seconds = 0;
+    if (!seconds_of_local(parts, &seconds)) return false;
     *ret_time = count_of_time({seconds, local->milliseconds * 1000000L});
     return true;
 }

@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
-"""exports.txt, what the public headers mark and what the two libraries export are the same names.
+"""exports.txt, what the public headers mark and what the libraries export are the same names.
 
-Usage: exports.py [LIBTARVO.SO [TARVO.WFX64]]; by default those of the release and of the Windows build.
+Usage: exports.py; looks at the release build and at the Windows build.
 """
 
 import re
 import subprocess
-import sys
-from pathlib import Path
 
 from project import BUILD, ROOT, finish, project_files, without_comments
+
+PLUGIN_PREFIX = "Fs"  # what a file manager calls is in the plug-in alone
+DIALOG = {"TarvoDialog"}
 
 
 def listed_names():
@@ -47,14 +48,16 @@ def differences(where, names, listed):
 
 
 def main():
-    libraries = sys.argv[1:] + [BUILD / "release/libtarvo.so", BUILD / "windows/tarvo.wfx64"][len(sys.argv) - 1 :]
     listed = listed_names()
+    engine = {name for name in listed if not name.startswith(PLUGIN_PREFIX)}
     faults = []
     if listed != sorted(set(listed)):
         faults.append("exports.txt is not in order, or names something twice")
     faults += differences("the headers", marked_names(), set(listed))
-    for library, read in zip(libraries, (posix_exports, windows_exports)):
-        faults += differences(Path(library).name, read(str(library)), set(listed))
+    faults += differences("libtarvo.so", posix_exports(BUILD / "release/libtarvo.so"), engine)
+    faults += differences("tarvo.wfx", posix_exports(BUILD / "release/tarvo.wfx"), set(listed))
+    faults += differences("tarvo.wfx64", windows_exports(BUILD / "windows/tarvo.wfx64"), set(listed))
+    faults += differences("tarvodialog64.dll", windows_exports(BUILD / "windows/tarvodialog64.dll"), DIALOG)
     finish(faults)
 
 

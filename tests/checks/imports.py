@@ -23,12 +23,12 @@ def needs(command, pattern, path):
 
 def main():
     faults = []
-    for name in ("tarvo.exe", "tarvo.wfx64"):
+    for name in ("tarvo.exe", "tarvo.wfx64", "tarvodialog64.dll"):
         found = needs(["objdump", "-p"], r"DLL Name: (\S+)", BUILD / "windows" / name)
         if not found:
             faults.append(f"{name}: no imports found, which can't be")
         faults += [f"{name} needs {dll}" for dll in sorted(found) if dll.lower() not in WINDOWS_OWN]
-    for name in ("tarvo", "libtarvo.so"):
+    for name in ("tarvo", "libtarvo.so", "tarvo.wfx"):
         found = needs(["objdump", "-p"], r"NEEDED\s+(\S+)", BUILD / "release" / name)
         faults += [f"{name} needs {library}" for library in sorted(found - LINUX_OWN)]
     finish(faults)

@@ -1,0 +1,93 @@
+// Changes that a file system refuses at the door: what the user is told and the host gets.
+#include <gtest/gtest.h>
+
+#include "plugin/plugin.h"
+#include "plugin/state.h"
+#include "tests/plugin/plugin_host.h"
+#include "tests/support/faults.h"
+
+using namespace tests;
+
+namespace
+{
+
+using Names = std::vector<std::string>;
+
+// A LIF volume that passes for an SDF one: all that is refused is refused before anything is read.
+struct SdfHost {
+    SdfHost() : image(lif_image(demo_volume())), file(image), host(file.path())
+    {
+        begin_operation();
+        plugin.medium->format = FORMAT_SDF;
+    }
+
+    void expect_refused(const char *message) const
+    {
+        EXPECT_EQ(host.messages, (Names{message}));
+        EXPECT_TRUE(host.percentages.empty());
+        EXPECT_EQ(file.bytes(), image);
+    }
+
+    Bytes image;
+    TemporaryFile file;
+    PluginHost host;
+};
+
+constexpr char name[] = "README.ASCII";
+
+}
+
+TEST(SdfRefusal, Insertion)
+{
+    const SdfHost sdf;
+    char local[] = "in.txt";
+    EXPECT_EQ(FsPutFile(local, host_path(name).c_str(), COPY_MOVE), FILE_NOT_SUPPORTED);
+    sdf.expect_refused("Transfer of files into SDF file system is currently not supported.");
+}
+
+TEST(SdfRefusal, InsertionThatResumesIsRefusedWithoutWords)
+{
+    const SdfHost sdf;
+    char local[] = "in.txt";
+    EXPECT_EQ(FsPutFile(local, host_path(name).c_str(), COPY_RESUME), FILE_NOT_SUPPORTED);
+    EXPECT_TRUE(sdf.host.messages.empty());
+}
+
+TEST(SdfRefusal, RenameAndCopy)
+{
+    for (const int32_t move : {0, 1}) {
+        const SdfHost sdf;
+        EXPECT_EQ(FsRenMovFile(host_path(name).c_str(), host_path("NEW.ASCII").c_str(), move, 1, nullptr),
+                  FILE_NOT_SUPPORTED);
+        sdf.expect_refused("Rename/move of files within SDF file system is currently not supported.");
+    }
+}
+
+TEST(SdfRefusal, Deletion)
+{
+    const SdfHost sdf;
+    EXPECT_EQ(FsDeleteFile(host_path(name).c_str()), FILE_NOT_SUPPORTED);
+    sdf.expect_refused("File delete within SDF file system is currently not supported.");
+}
+
+TEST(SdfRefusal, DeletionOfAFileThatIsNotThere)
+{
+    const SdfHost sdf;
+    EXPECT_EQ(FsDeleteFile(host_path("MISSING").c_str()), FILE_NOT_SUPPORTED);
+    sdf.expect_refused("File delete within SDF file system is currently not supported.");
+}
+
+TEST(SdfRefusal, Attributes)
+{
+    const SdfHost sdf;
+    EXPECT_EQ(FsSetAttr(host_path(name).c_str(), 1), FILE_NOT_SUPPORTED);
+    sdf.expect_refused("Changing file attributes within SDF file system is currently not supported.");
+}
+
+TEST(SdfRefusal, Time)
+{
+    const SdfHost sdf;
+    const HostTime time = host_time(1000000000);
+    EXPECT_EQ(FsSetTime(host_path(name).c_str(), &time, &time, &time), FILE_NOT_SUPPORTED);
+    sdf.expect_refused("Changing file time within SDF file system is currently not supported.");
+}
