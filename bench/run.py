@@ -24,8 +24,15 @@ def hyperfine(folder, commands, runs):
     result = folder / "hyperfine.json"
     words = ["hyperfine", "-N", "--style=none", "--warmup", "3", "--runs", str(runs), "--output", folder / "output",
              "--export-json", result, *(" ".join(quoted(word) for word in command) for command in commands)]  # fmt: skip
-    subprocess.run([str(word) for word in words], check=True, stdout=subprocess.DEVNULL)
+    run_quietly(words)
     return [row["median"] for row in json.loads(result.read_text())["results"]]
+
+
+def run_quietly(words):
+    """Tools that measure chat; what they say matters only when they fail."""
+    result = subprocess.run([str(word) for word in words], capture_output=True, text=True, check=False)
+    if result.returncode != 0:
+        sys.exit(result.stdout + result.stderr)
 
 
 def quoted(word):
@@ -69,9 +76,8 @@ def growth(folder):
 
 def records(folder):
     result = folder / "records.json"
-    subprocess.run([RECORDS_BENCH, "--benchmark_repetitions=7", "--benchmark_report_aggregates_only=true",
-                    f"--benchmark_out={result}", "--benchmark_out_format=json"],
-                   check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)  # fmt: skip
+    run_quietly([RECORDS_BENCH, "--benchmark_repetitions=7", "--benchmark_report_aggregates_only=true",
+                 f"--benchmark_out={result}", "--benchmark_out_format=json"])  # fmt: skip
     medians = {entry["run_name"]: entry["real_time"] / 1000
                for entry in json.loads(result.read_text())["benchmarks"]
                if entry.get("aggregate_name") == "median"}  # fmt: skip
