@@ -113,7 +113,8 @@ void platform_debug_text(const char *text);
 char platform_separator();                         // between the components of a path that the host gives
 char platform_visible_character(char character);   // what such a host is shown of a character in a name
 bool platform_is_host_temporary(const char *path); // in a folder where hosts put files for viewing and editing
-bool platform_time_parts(uint64_t time, SystemTime *ret_time); // of 100 ns since 1601, no change of zone; false for no time
+bool platform_time_parts(uint64_t time,
+                         SystemTime *ret_time);          // of 100 ns since 1601, no change of zone; false for no time
 bool platform_library_path(char *ret_path, size_t size); // the file that holds this code, library or program
 // A library by its plain name, from beside this one or from the system's folder, nowhere else; null for none. It stays
 // loaded.
