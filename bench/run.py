@@ -14,6 +14,8 @@ TARVO = BUILD / "tarvo"
 EMPTY = BUILD / "bench/empty"
 MAKE_VOLUME = BUILD / "bench/make_volume"
 RECORDS_BENCH = BUILD / "bench/records_bench"
+LISTING_BENCH = BUILD / "bench/listing_bench"
+PLUGIN = BUILD / "tarvo.wfx"
 
 MANY = 20000
 SIZES = (2000, 20000, 200000)
@@ -67,6 +69,12 @@ def listing(folder):
     yield row("ls --json : cat of what it prints", ours, theirs, 3)
 
 
+def plugin_listing(folder):
+    volume = make_volume(folder, MANY)
+    ours, theirs = hyperfine(folder, [[LISTING_BENCH, PLUGIN, volume], [TARVO, "ls", volume]], 60)
+    yield row(f"{MANY:,} files through the plug-in : ls", ours, theirs, 2)
+
+
 def growth(folder):
     commands = [[TARVO, "ls", make_volume(folder, entries)] for entries in SIZES]
     times = hyperfine(folder, commands, 20)
@@ -102,7 +110,7 @@ def missed(entry):
 def main():
     rows = []
     with tempfile.TemporaryDirectory() as name:
-        for measure in (start, listing, growth, records):
+        for measure in (start, listing, plugin_listing, growth, records):
             rows += measure(Path(name))
     print_table(rows)
     (BUILD / "results.json").write_text(json.dumps(rows, indent=2) + "\n")

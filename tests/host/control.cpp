@@ -1,4 +1,5 @@
 // Commands that steer: what the callbacks answer, loops, and what is asked of the process.
+#include <fstream>
 #include <stdexcept>
 
 #include "tests/host/random_calls.h"
@@ -71,16 +72,28 @@ void open_files(const Words &)
     print("= " + std::to_string(count - session.files_at_rest) + " files open");
 }
 
+// companion: from now on a dialog stands beside the plug-in
+void put_companion(const Words &)
+{
+    std::filesystem::copy_file(session.companion, std::filesystem::path("plugin") / session.companion.filename());
+}
+
+// dialog yes TARGET OPTIONS | no
+void set_dialog_answer(const Words &words)
+{
+    const std::filesystem::path answer = "dialog_answer.txt";
+    std::filesystem::remove(answer);
+    if (word(words, 1) == "yes") std::ofstream(answer) << word(words, 2) << '\n' << word(words, 3) << '\n';
+}
+
 struct ControlCommand {
     const char *name;
     void (*run)(const Words &words);
 };
 
 constexpr ControlCommand commands[] = {
-    {"answer", set_answer},
-    {"repeat", repeat},
-    {"random", random_calls},
-    {"open-files", open_files},
+    {"answer", set_answer},     {"repeat", repeat},           {"random", random_calls},
+    {"open-files", open_files}, {"companion", put_companion}, {"dialog", set_dialog_answer},
 };
 
 }

@@ -1,6 +1,6 @@
 // host PLUGIN SCRIPT: plays a script of calls against the plug-in as a file manager would, and prints what comes of
 // them, the same on all systems. It works in a folder of its own below the present one, with the plug-in copied into
-// it, so that nothing that stands beside a plug-in comes into play.
+// it, so that nothing that stands beside a plug-in comes into play but what the script puts there.
 //
 // A line of a script is a command with words behind it; the commands stand at the end of volumes.cpp, calls.cpp and
 // control.cpp, and text.h tells how words are written. A line with a failure ends the run with exit code 2.
@@ -103,6 +103,7 @@ int main(int argc, char **argv)
     }
     try {
         host::prepare_output();
+        host::session.companion = std::filesystem::absolute(argv[0]).parent_path() / "companion" / "tarvodialog64.dll";
         return host::run(argv[1], argv[2]);
     } catch (const std::exception &problem) {
         fprintf(stderr, "host: %s\n", problem.what());

@@ -24,7 +24,8 @@ struct Answers {
 
 struct Session {
     Library library;
-    std::string folder; // present folder, without a separator at its end
+    std::string folder;              // present folder, without a separator at its end
+    std::filesystem::path companion; // the library that stands in for the dialog
     Answers answers;
     void *handle = nullptr;   // of the last listing
     size_t files_at_rest = 0; // open before the first call
