@@ -69,7 +69,7 @@ int32_t choose_target(char *target, uint32_t *options)
 }
 }
 
-extern "C" __declspec(dllexport) int32_t TarvoDialog(int32_t kind, char *target, uint32_t *options)
+extern "C" int32_t TarvoDialog(int32_t kind, char *target, uint32_t *options)
 {
     if (kind != kind_target || target == nullptr || options == nullptr) return 0;
     try {

@@ -10,4 +10,4 @@
 //            headers (0 none, 1 HPBASIC, 2 HPCALC); other bits stay as they are
 // Returns 1 when the user has chosen, with target and options set; 0 when the dialog was left otherwise or could not be
 // shown, with both as they were.
-extern "C" int32_t TarvoDialog(int32_t kind, char *target, uint32_t *options);
+extern "C" __declspec(dllexport) int32_t TarvoDialog(int32_t kind, char *target, uint32_t *options);

@@ -11,6 +11,7 @@
 #include "tests/plugin/plugin_host.h"
 #include "tests/support/capture.h"
 #include "tests/support/faults.h"
+#include "volume/open.h"
 
 using namespace tests;
 
@@ -310,4 +311,30 @@ TEST(PluginHazards, Hazard_J19_AMoveOutOfAnSdfVolumeIsRefusedBeforeAnythingIsCop
     EXPECT_EQ(FsGetFile(host_path("ONE.ASCII").c_str(), path.data(), COPY_MOVE, nullptr), FILE_NOT_SUPPORTED);
     EXPECT_EQ(host.messages, (Names{"File delete within SDF file system is currently not supported."}));
     EXPECT_FALSE(local.exists());
+}
+
+TEST(PluginHazards, Hazard_J7_AMediumThatWasClosedLeavesNothingToWalkOn)
+{
+    const TemporaryFile file(lif_image(one_two_three()));
+    const PluginHost host(file.path());
+    begin_operation();
+    MediaDescriptor *md = plugin.medium;
+    image_free_directory(md, nullptr);
+    EXPECT_EQ(md->root, nullptr);
+    EXPECT_EQ(md->cursor, nullptr);
+    FindDataA entry;
+    platform_set_last_error(0);
+    EXPECT_EQ(FsFindNext(md, &entry), 0);
+    EXPECT_EQ(platform_last_error(), error_no_more_files);
+}
+
+TEST(PluginHazards, Hazard_C2_ANewNameWithoutTypeIsCutToWhatTheVolumeHolds)
+{
+    const TemporaryFile file(lif_image(one_two_three()));
+    PluginHost host(file.path());
+    plugin.options &= ~uint32_t{option_typed_extensions};
+    begin_operation();
+    EXPECT_EQ(rename_file("ONE", std::string(200, 'N'), false), FILE_OK);
+    EXPECT_EQ(std::string(plugin.medium->root->name), std::string(10, 'N'));
+    plugin.options |= option_typed_extensions;
 }

@@ -102,3 +102,54 @@ TEST(PluginTransfer, ProgressIsAskedOnceBeforeTheEngine)
     EXPECT_EQ(get_flags(plain_name, 0), "0");
     EXPECT_EQ(open.host.percentages, std::vector<int32_t>{0});
 }
+
+TEST(PluginTransfer, Hazard_J1_AMoveOutThatFailedKeepsTheFileOnTheMedium)
+{
+    const OpenHost open;
+    const Bytes before = open.file.bytes();
+    std::string local = plain_name;
+    EXPECT_EQ(FsGetFile(host_path("README.ASCII").c_str(), local.data(), COPY_MOVE, nullptr), FILE_READ_FAILED);
+    EXPECT_NE(find_by_visible_name(plugin.medium->root, "README.ASCII"), nullptr);
+    EXPECT_EQ(open.file.bytes(), before);
+}
+
+TEST(PluginTransfer, Hazard_J1_AMoveOutThatTheHostStopsKeepsTheFileOnTheMedium)
+{
+    OpenHost open;
+    open.host.stop_answer = 1;
+    const Bytes before = open.file.bytes();
+    std::string local = plain_name;
+    FsGetFile(host_path("README.ASCII").c_str(), local.data(), COPY_MOVE, nullptr);
+    EXPECT_TRUE(plugin.aborted);
+    EXPECT_EQ(open.file.bytes(), before);
+    EXPECT_EQ(names_after_reopening().size(), 6u);
+}
+
+TEST(PluginTransfer, Hazard_J2_AMoveInThatFailedKeepsTheLocalFile)
+{
+    const OpenHost open;
+    const TemporaryFile local(Bytes{1, 2, 3}, ".txt");
+    std::string path = local.path();
+    EXPECT_EQ(FsPutFile(path.data(), host_path("NEW.ASCII").c_str(), COPY_MOVE), FILE_READ_FAILED);
+    EXPECT_EQ(local.bytes(), (Bytes{1, 2, 3}));
+}
+
+TEST(PluginTransfer, Hazard_J2_AMoveInThatTheHostStopsKeepsTheLocalFile)
+{
+    OpenHost open;
+    open.host.stop_answer = 1;
+    const TemporaryFile local(Bytes{1, 2, 3}, ".txt");
+    std::string path = local.path();
+    FsPutFile(path.data(), host_path("NEW.ASCII").c_str(), COPY_MOVE);
+    EXPECT_TRUE(plugin.aborted);
+    EXPECT_TRUE(local.exists());
+}
+
+TEST(PluginTransfer, Hazard_J9_ALocalNameLongerThanAPathIsNotRemembered)
+{
+    const OpenHost open;
+    plugin.medium->use_file_conversion = 1;
+    std::string local = temporary_name() + std::string(300, 'x');
+    FsGetFile(host_path("README.ASCII").c_str(), local.data(), 0, nullptr);
+    EXPECT_STREQ(plugin.temporary_name, "");
+}
