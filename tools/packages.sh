@@ -26,6 +26,14 @@ strace                                  strace
 python3                                 python3
 nm                                      binutils
 '
+host_needs="$run_needs"'
+doublecmd                               doublecmd-gtk
+Xvfb                                    xvfb
+openbox                                 openbox
+xdotool                                 xdotool
+xclip                                   xclip
+import                                  imagemagick
+'
 bench_needs="$run_needs"'
 gcc                                     gcc
 python3                                 python3

@@ -1,0 +1,233 @@
+#!/usr/bin/env bash
+# Double Commander loads the plug-in and lists an image, on an X server that nobody sees.
+#
+#   doublecmd.sh PLUGIN IMAGE OUT.png [ROWS]
+#
+# The host gets settings of its own in a temporary folder, with copies of the plug-in and of the image. Keys go to it as
+# a user would press them: the list of file-system plug-ins, TARVO, and the image's path in the prompt. What its panel
+# then shows comes back as text, by the host's own command that copies the rows of marked files with all columns to the
+# clipboard. With ROWS, a file of such rows, these must be the same. OUT.png is a picture of the window, also of one
+# where something went wrong. Ends with 0 when all of that worked, 77 when a program is missing, 1 otherwise.
+. "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/../checks/common.sh"
+
+# A command and the package that brings it.
+host_needs='
+doublecmd   doublecmd-gtk
+Xvfb        xvfb
+openbox     openbox
+xdotool     xdotool
+xclip       xclip
+import      imagemagick
+'
+settings=$root/tests/host/doublecmd
+work=
+server=
+window_manager=
+host=
+
+end_of() { # PID
+    [ -n "$1" ] || return
+    kill "$1"
+    wait "$1"
+} 2>/dev/null
+
+clean_up() {
+    end_of "$host"
+    end_of "$window_manager"
+    end_of "$server"
+    [ -z "$work" ] || rm -rf -- "$work"
+}
+
+fail() {
+    echo "$*"
+    [ -z "${DISPLAY:-}" ] || import -window root "$picture"
+    [ -z "$work" ] || tail -n 20 "$work/host.log"
+    exit 1
+}
+
+# Tries a command ten times a second until it succeeds; false when it didn't in the time given.
+wait_for() { # SECONDS COMMAND...
+    local end=$((SECONDS + $1))
+    shift
+    until "$@"; do
+        [ "$SECONDS" -lt "$end" ] || return 1
+        sleep 0.1
+    done
+}
+
+check_programs() {
+    local program package missing=()
+    while read -r program package; do
+        [ -z "$program" ] || command -v "$program" >/dev/null 2>&1 || missing+=("$package")
+    done <<<"$host_needs"
+    [ "${#missing[@]}" -eq 0 ] || skip "not installed: ${missing[*]}"
+}
+
+prepare_folder() {
+    local file
+    work=$(mktemp -d "${TMPDIR:-/tmp}/tarvo-host.XXXXXX") || exit 1
+    mkdir "$work/settings" "$work/home" || exit 1
+    cp -- "$plugin" "$work/home/tarvo.wfx" && cp -- "$image" "$work/home/volume.lif" || exit 1
+    for file in doublecmd.xml shortcuts.scf; do
+        sed "s|@HOME@|$work/home|" "$settings/$file" >"$work/settings/$file" || exit 1
+    done
+}
+
+# ---- the display ---------------------------------------------------------------------------------------
+
+start_display() {
+    Xvfb -displayfd 3 -screen 0 940x460x24 -dpi 96 -nolisten tcp 3>"$work/display" >"$work/server.log" 2>&1 &
+    server=$!
+    wait_for 20 test -s "$work/display" || {
+        cat "$work/server.log"
+        fail 'no display came up'
+    }
+    DISPLAY=:$(cat "$work/display")
+    export DISPLAY
+    openbox >"$work/openbox.log" 2>&1 &
+    window_manager=$!
+}
+
+start_host() {
+    # The host takes the zone from the system's settings, so the plug-in must as well.
+    env -u TZ -u DBUS_SESSION_BUS_ADDRESS -u XDG_CONFIG_HOME -u XDG_CACHE_HOME -u XDG_DATA_HOME HOME="$work/home" \
+        TMPDIR="$work" doublecmd --config-dir="$work/settings" >"$work/host.log" 2>&1 &
+    host=$!
+}
+
+window_of() { # TITLE, a pattern
+    xdotool search --onlyvisible --name "$1" 2>/dev/null | tail -n 1
+}
+
+has_focus() { # TITLE
+    local window
+    window=$(window_of "$1")
+    [ -n "$window" ] && [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]
+}
+
+lacks_focus() { # TITLE
+    ! has_focus "$1"
+}
+
+# ---- the panel -----------------------------------------------------------------------------------------
+
+clipboard() {
+    timeout 5 xclip -o -selection clipboard -t UTF8_STRING 2>/dev/null
+}
+
+clipboard_is_taken() {
+    [ "$(clipboard)" != "$nothing" ]
+}
+
+# Prints the rows of the marked files, or of the one under the cursor. Fails when the host gives none.
+copied_rows() {
+    nothing="nothing $RANDOM"
+    printf '%s' "$nothing" | xclip -i -selection clipboard >/dev/null 2>&1
+    xdotool key ctrl+F3
+    wait_for 2 clipboard_is_taken && clipboard
+}
+
+panel_rows() {
+    xdotool key ctrl+F2
+    copied_rows
+}
+
+shows_the_plugin() {
+    xdotool key ctrl+F1
+    case $(panel_rows) in
+    TARVO*) ;;
+    *) false ;;
+    esac
+}
+
+shows_files() {
+    [ -z "$(window_of '^Tarvo Plugin$')" ] || return 1
+    rows=$(panel_rows)
+    case $rows in
+    '' | TARVO[[:space:]]*) false ;;
+    esac
+}
+
+# The cursor on the first file, and nothing marked.
+shows_no_marks() {
+    xdotool key ctrl+F4 Home Down
+    [ "$(copied_rows)" = "${rows%%$'\n'*}" ]
+}
+
+# A picture of the window's inside, once two in a row are alike.
+take_picture() {
+    local window
+    window=$(window_of '^Double Commander')
+    import -window "$window" -strip "$work/before.png"
+    wait_for 10 stands_still "$window" && cp -- "$work/before.png" "$picture"
+}
+
+stands_still() { # WINDOW
+    import -window "$1" -strip "$work/after.png" || return 1
+    cmp -s "$work/before.png" "$work/after.png" && return
+    mv "$work/after.png" "$work/before.png"
+    return 1
+}
+
+# ---- the steps -----------------------------------------------------------------------------------------
+
+open_image() {
+    wait_for 60 has_focus '^Double Commander' || fail 'the host shows no window'
+    wait_for 30 shows_the_plugin || fail 'the host does not list the plug-in'
+    xdotool key End Return
+    wait_for 20 has_focus '^Tarvo Plugin$' || fail 'the plug-in does not ask for a target'
+    xdotool type --delay 20 -- "$work/home/volume.lif"
+    xdotool key Return
+    wait_for 20 lacks_focus '^Tarvo Plugin$' || fail 'the prompt does not go away'
+    wait_for 20 shows_files || fail 'the panel shows no files'
+}
+
+# The zone decides how the host shows times, so they are compared where it is universal time, else left out.
+compare_rows() {
+    local columns=1-5
+    case $(cat /etc/timezone 2>/dev/null) in
+    UTC | Etc/UTC) ;;
+    *) columns=1-3,5 ;;
+    esac
+    diff <(cut -f "$columns" "$1") <(printf '%s\n' "$rows" | cut -f "$columns")
+}
+
+host_is_gone() {
+    ! kill -0 "$host" 2>/dev/null
+}
+
+close_host() {
+    local code
+    xdotool key alt+F4
+    wait_for 20 host_is_gone || fail 'the host does not end'
+    wait "$host"
+    code=$?
+    host=
+    [ "$code" -eq 0 ] || fail "the host ends with $code"
+}
+
+if [ $# -lt 3 ] || [ $# -gt 4 ]; then
+    echo "Usage: ${0##*/} PLUGIN IMAGE OUT.png [ROWS]"
+    exit 1
+fi
+plugin=$1
+image=$2
+picture=$3
+need_file "$plugin"
+need_file "$image"
+[ $# -lt 4 ] || need_file "$4"
+check_programs
+unset DISPLAY
+export LC_ALL=C.UTF-8
+trap clean_up EXIT
+trap 'exit 130' INT TERM HUP
+
+prepare_folder
+start_display
+start_host
+open_image
+printf '%s\n' "$rows"
+[ $# -lt 4 ] || compare_rows "$4" || fail 'the panel shows other rows than expected'
+wait_for 20 shows_no_marks || fail 'the marks stay'
+take_picture || fail 'the window does not come to rest'
+close_host
