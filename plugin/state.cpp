@@ -7,17 +7,13 @@
 
 #include "base/error.h"
 #include "platform/platform.h"
-#include "volume/allocation.h"
 #include "volume/navigate.h"
-#include "volume/open.h"
-#include "volume/table.h"
 
 constinit PluginState plugin;
 
 namespace
 {
 constexpr int32_t request_message = 8;
-constexpr uint16_t open_flags = OPEN_READ_VOLUME | OPEN_RECURSIVE;
 }
 
 void plugin_message(const char *format, ...)
@@ -36,42 +32,6 @@ void plugin_report_error()
     char text[ERROR_TEXT_SIZE];
     get_error(text);
     plugin_message("%s", text);
-}
-
-int32_t plugin_open_medium()
-{
-    plugin_check_config_files();
-    if (plugin.medium != nullptr) {
-        plugin_message("Warning: %s already opened", plugin.target);
-        return 0;
-    }
-    MediaDescriptor format = {};
-    format.use_type_names = static_cast<uint32_t>(plugin.use_type_names);
-    // Kept: the two bits come out two places too high.  [KeepsFileHeadersFourTimesTheirNumber]
-    format.use_file_headers = (plugin.options & option_file_headers) >> 2;
-    format.use_typed_extensions = (plugin.options & option_typed_extensions) != 0;
-    format.use_file_conversion = (plugin.options & option_file_conversion) != 0;
-    format.show_purged = (plugin.options & option_show_purged) != 0;
-    plugin.medium = image_open(plugin.target, &format, open_flags);
-    if (plugin.medium != nullptr) return 0;
-    if (plugin.target[0] != '\0') plugin_message("Could not open %s", plugin.target);
-    platform_set_last_error(error_aborted);
-    return -1;
-}
-
-void plugin_close_medium()
-{
-    image_close(plugin.medium);
-    plugin.medium = nullptr;
-}
-
-bool write_tables()
-{
-    MediaDescriptor *md = plugin.medium;
-    bool written = update_file_table(md, 0) == 0 && update_file_table(md, 1) == 0 && update_alloc_table(md, 0) == 0 &&
-                   update_alloc_table(md, 1) == 0;
-    if (!written) plugin_report_error();
-    return written;
 }
 
 void begin_progress(const char *source, const char *target)
