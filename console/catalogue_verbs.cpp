@@ -43,123 +43,121 @@ uint32_t print_catalogue(const MediaDescriptor *md, const Patterns &patterns)
 
 void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
 {
-    auto *writer = static_cast<JsonWriter *>(context);
+    auto *json = static_cast<Json *>(context);
     char visible[VISIBLE_NAME_SIZE];
     char type[type_text_size];
     compose_filename(md, info, visible);
     type_text(info, type);
     std::string_view name = field_text(info->name, sizeof info->name);
-    writer->StartObject();
-    json_roman8(writer, "name", name);
-    json_roman8(writer, "visible", field_text(visible, sizeof visible));
-    json_number(writer, "type", info->type);
-    json_roman8(writer, "type_text", field_text(type, sizeof type));
-    json_roman8(writer, "system", field_text(info->system_string, sizeof info->system_string));
-    json_number(writer, "location", info->location);
-    json_number(writer, "size", info->size);
-    json_number(writer, "records", info->records);
-    json_number(writer, "record_length", uint64_t{info->record_len} * 2);
-    json_date(writer, "date", info->date);
-    json_flag(writer, "deleted", info->deleted != 0);
-    json_flag(writer, "directory", info->is_directory != 0);
-    json_flag(writer, "protected", (info->attributes & ATTRIBUTE_READ_ONLY) != 0);
-    json_flag(writer, "hidden", (info->attributes & ATTRIBUTE_HIDDEN) != 0);
-    json_number(writer, "level", info->level);
-    json_hex(writer, "name_hex", name);
-    writer->EndObject();
+    json->writer.StartObject();
+    json_roman8(json, "name", name);
+    json_roman8(json, "visible", field_text(visible, sizeof visible));
+    json_number(json, "type", info->type);
+    json_roman8(json, "type_text", field_text(type, sizeof type));
+    json_roman8(json, "system", field_text(info->system_string, sizeof info->system_string));
+    json_number(json, "location", info->location);
+    json_number(json, "size", info->size);
+    json_number(json, "records", info->records);
+    json_number(json, "record_length", uint64_t{info->record_len} * 2);
+    json_date(json, "date", info->date);
+    json_flag(json, "deleted", info->deleted != 0);
+    json_flag(json, "directory", info->is_directory != 0);
+    json_flag(json, "protected", (info->attributes & ATTRIBUTE_READ_ONLY) != 0);
+    json_flag(json, "hidden", (info->attributes & ATTRIBUTE_HIDDEN) != 0);
+    json_number(json, "level", info->level);
+    json_hex(json, "name_hex", name);
+    json->writer.EndObject();
 }
 
 uint32_t write_catalogue(const MediaDescriptor *md, const Patterns &patterns)
 {
-    JsonStream stream;
-    JsonWriter writer(stream);
-    writer.StartObject();
-    json_host_text(&writer, "medium", field_text(md->msus, sizeof md->msus));
-    json_host_text(&writer, "format", volume_format(md->format).name);
-    json_roman8(&writer, "label", field_text(md->label, sizeof md->label));
-    writer.Key("entries");
-    writer.StartArray();
-    uint32_t count = visit_matching(md, patterns.data(), write_entry, &writer);
-    writer.EndArray();
-    writer.EndObject();
-    json_end(&stream);
+    Json json;
+    json.writer.StartObject();
+    json_host_text(&json, "medium", field_text(md->msus, sizeof md->msus));
+    json_host_text(&json, "format", volume_format(md->format).name);
+    json_roman8(&json, "label", field_text(md->label, sizeof md->label));
+    json.writer.Key("entries");
+    json.writer.StartArray();
+    uint32_t count = visit_matching(md, patterns.data(), write_entry, &json);
+    json.writer.EndArray();
+    json.writer.EndObject();
+    json_end(&json);
     return count;
 }
 
 // ---- info ----------------------------------------------------------------------------------------------
 
-void write_geometry(JsonWriter *writer, const MediaDescriptor *md)
+void write_geometry(Json *json, const MediaDescriptor *md)
 {
-    json_number(writer, "interleave", md->interleave);
-    json_number(writer, "cylinders", md->cylinders);
-    json_number(writer, "heads", md->heads);
-    json_number(writer, "sectors", md->sectors);
-    json_number(writer, "records", md->records);
-    json_number(writer, "system_tracks", md->system_tracks);
-    json_number(writer, "data_tracks", md->data_tracks);
+    json_number(json, "interleave", md->interleave);
+    json_number(json, "cylinders", md->cylinders);
+    json_number(json, "heads", md->heads);
+    json_number(json, "sectors", md->sectors);
+    json_number(json, "records", md->records);
+    json_number(json, "system_tracks", md->system_tracks);
+    json_number(json, "data_tracks", md->data_tracks);
 }
 
-void write_tables(JsonWriter *writer, const MediaDescriptor *md)
+void write_tables(Json *json, const MediaDescriptor *md)
 {
-    json_number(writer, "dir_start", md->dir_start);
-    json_number(writer, "dir_size", md->dir_size);
-    json_number(writer, "dir_entry_size", md->dir_entry_size);
-    json_number(writer, "alloc_start", md->alloc_start);
-    json_number(writer, "alloc_size", md->alloc_size);
-    json_number(writer, "alloc_entry_size", md->alloc_entry_size);
-    json_number(writer, "spare_dir_start", md->spare_dir_start);
-    json_number(writer, "spare_alloc_start", md->spare_alloc_start);
-    json_number(writer, "file_area_start", md->file_area_start);
-    json_number(writer, "data_size", md->data_size);
+    json_number(json, "dir_start", md->dir_start);
+    json_number(json, "dir_size", md->dir_size);
+    json_number(json, "dir_entry_size", md->dir_entry_size);
+    json_number(json, "alloc_start", md->alloc_start);
+    json_number(json, "alloc_size", md->alloc_size);
+    json_number(json, "alloc_entry_size", md->alloc_entry_size);
+    json_number(json, "spare_dir_start", md->spare_dir_start);
+    json_number(json, "spare_alloc_start", md->spare_alloc_start);
+    json_number(json, "file_area_start", md->file_area_start);
+    json_number(json, "data_size", md->data_size);
 }
 
-void write_sdf_fields(JsonWriter *writer, const MediaDescriptor *md)
+void write_sdf_fields(Json *json, const MediaDescriptor *md)
 {
-    json_number(writer, "needs_check", md->needs_check);
-    json_date(writer, "backup_date", md->backup_date);
-    json_number(writer, "block_size", md->block_size);
-    json_number(writer, "boot_start", md->boot_start);
-    json_number(writer, "boot_size", md->boot_size);
-    json_number(writer, "fat_start", md->fat_start);
-    json_number(writer, "largest_block", md->largest_block);
-    json_roman8(writer, "password", field_text(md->password, sizeof md->password));
-    json_number(writer, "inode_count", md->inode_count);
+    json_number(json, "needs_check", md->needs_check);
+    json_date(json, "backup_date", md->backup_date);
+    json_number(json, "block_size", md->block_size);
+    json_number(json, "boot_start", md->boot_start);
+    json_number(json, "boot_size", md->boot_size);
+    json_number(json, "fat_start", md->fat_start);
+    json_number(json, "largest_block", md->largest_block);
+    json_roman8(json, "password", field_text(md->password, sizeof md->password));
+    json_number(json, "inode_count", md->inode_count);
 }
 
-void write_options(JsonWriter *writer, const MediaDescriptor *md)
+void write_options(Json *json, const MediaDescriptor *md)
 {
-    json_number(writer, "use_type_names", md->use_type_names);
-    json_number(writer, "use_typed_extensions", md->use_typed_extensions);
-    json_number(writer, "use_file_conversion", md->use_file_conversion);
-    json_number(writer, "use_file_headers", md->use_file_headers);
-    json_number(writer, "prefer_hfs", md->prefer_hfs);
-    json_number(writer, "show_purged", md->show_purged);
+    json_number(json, "use_type_names", md->use_type_names);
+    json_number(json, "use_typed_extensions", md->use_typed_extensions);
+    json_number(json, "use_file_conversion", md->use_file_conversion);
+    json_number(json, "use_file_headers", md->use_file_headers);
+    json_number(json, "prefer_hfs", md->prefer_hfs);
+    json_number(json, "show_purged", md->show_purged);
 }
 
 void write_info(const MediaDescriptor *md)
 {
-    JsonStream stream;
-    JsonWriter writer(stream);
-    writer.StartObject();
-    json_number(&writer, "format", md->format);
-    json_number(&writer, "size", md->size);
-    json_host_text(&writer, "msus", field_text(md->msus, sizeof md->msus));
-    json_number(&writer, "access", md->access);
-    json_number(&writer, "magic", md->magic);
-    json_date(&writer, "date", md->date);
-    json_roman8(&writer, "label", field_text(md->label, sizeof md->label));
-    json_number(&writer, "dir_id", md->dir_id);
-    json_number(&writer, "version", md->version);
-    write_geometry(&writer, md);
-    write_tables(&writer, md);
-    write_sdf_fields(&writer, md);
-    json_number(&writer, "hfs_present", md->hfs_present);
-    json_number(&writer, "hfs_record", md->hfs_record);
-    json_number(&writer, "used_bytes", md->used_bytes);
-    json_number(&writer, "free_bytes", md->free_bytes);
-    write_options(&writer, md);
-    writer.EndObject();
-    json_end(&stream);
+    Json json;
+    json.writer.StartObject();
+    json_number(&json, "format", md->format);
+    json_number(&json, "size", md->size);
+    json_host_text(&json, "msus", field_text(md->msus, sizeof md->msus));
+    json_number(&json, "access", md->access);
+    json_number(&json, "magic", md->magic);
+    json_date(&json, "date", md->date);
+    json_roman8(&json, "label", field_text(md->label, sizeof md->label));
+    json_number(&json, "dir_id", md->dir_id);
+    json_number(&json, "version", md->version);
+    write_geometry(&json, md);
+    write_tables(&json, md);
+    write_sdf_fields(&json, md);
+    json_number(&json, "hfs_present", md->hfs_present);
+    json_number(&json, "hfs_record", md->hfs_record);
+    json_number(&json, "used_bytes", md->used_bytes);
+    json_number(&json, "free_bytes", md->free_bytes);
+    write_options(&json, md);
+    json.writer.EndObject();
+    json_end(&json);
 }
 }
 

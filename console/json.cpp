@@ -1,6 +1,8 @@
 // JSON into the engine's output: texts, dates and numbers as the records have them.
 #include "console/json.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstring>
 
 #include "base/file.h"
@@ -10,13 +12,25 @@
 namespace
 {
 constexpr size_t longest_text = FILE_PATH_SIZE;
+constexpr size_t longest_name = 32;
 constexpr size_t escape_bytes = 6; // "\u0000"
 static_assert(longest_text * escape_bytes + 2 < JsonStream::piece, "any text has room in one piece");
 constexpr char hex_digits[] = "0123456789ABCDEF";
 
-void put_name(JsonWriter *writer, std::string_view name)
+// A value, or a name, that is JSON already.
+void put_ready(Json *json, std::string_view text)
 {
-    writer->Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+    json->writer.RawValue("", 0, rapidjson::kStringType); // what stands between this and the one before
+    json->stream.append(text);
+}
+
+void put_name(Json *json, std::string_view name)
+{
+    char quoted[longest_name + 2];
+    quoted[0] = '"';
+    std::memcpy(quoted + 1, name.data(), name.size());
+    quoted[name.size() + 1] = '"';
+    put_ready(json, {quoted, name.size() + 2});
 }
 
 // A control character as JSON writes it. Those of the second set and DEL needn't be escaped there, but a terminal
@@ -52,13 +66,27 @@ size_t quote(char *target, std::string_view utf8)
 
 using Conversion = size_t (*)(char *target, std::string_view source);
 
-void put_text(JsonWriter *writer, std::string_view name, std::string_view text, Conversion conversion)
+bool is_plain(std::string_view text)
 {
-    char utf8[longest_text * utf8_bytes];
+    auto plain = [](char byte) { return byte >= ' ' && byte < '\x7F' && byte != '"' && byte != '\\'; };
+    return std::all_of(text.begin(), text.end(), plain);
+}
+
+void put_text(Json *json, std::string_view name, std::string_view text, Conversion conversion)
+{
     char quoted[longest_text * escape_bytes + 2];
-    size_t length = conversion(utf8, text.substr(0, longest_text));
-    put_name(writer, name);
-    writer->RawValue(quoted, quote(quoted, std::string_view(utf8, length)), rapidjson::kStringType);
+    text = text.substr(0, longest_text);
+    put_name(json, name);
+    if (is_plain(text)) { // as almost all are
+        quoted[0] = '"';
+        std::memcpy(quoted + 1, text.data(), text.size());
+        quoted[text.size() + 1] = '"';
+        put_ready(json, {quoted, text.size() + 2});
+        return;
+    }
+    char utf8[longest_text * utf8_bytes];
+    size_t length = conversion(utf8, text);
+    put_ready(json, {quoted, quote(quoted, std::string_view(utf8, length))});
 }
 
 bool in_range(int32_t value, int32_t least, int32_t most)
@@ -103,29 +131,38 @@ void JsonStream::Flush()
     start = position = end = nullptr;
 }
 
-void json_number(JsonWriter *writer, std::string_view name, uint64_t value)
+void JsonStream::append(std::string_view text)
 {
-    put_name(writer, name);
-    writer->Uint64(value);
+    if (static_cast<size_t>(end - position) < text.size()) next_piece();
+    std::memcpy(position, text.data(), text.size());
+    position += text.size();
 }
 
-void json_flag(JsonWriter *writer, std::string_view name, bool value)
+void json_number(Json *json, std::string_view name, uint64_t value)
 {
-    put_name(writer, name);
-    writer->Bool(value);
+    char digits[longest_name];
+    put_name(json, name);
+    const char *last = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    put_ready(json, {digits, static_cast<size_t>(last - digits)});
 }
 
-void json_roman8(JsonWriter *writer, std::string_view name, std::string_view text)
+void json_flag(Json *json, std::string_view name, bool value)
 {
-    put_text(writer, name, text, roman8_to_utf8);
+    put_name(json, name);
+    put_ready(json, value ? "true" : "false");
 }
 
-void json_host_text(JsonWriter *writer, std::string_view name, std::string_view text)
+void json_roman8(Json *json, std::string_view name, std::string_view text)
 {
-    put_text(writer, name, text, repair_utf8);
+    put_text(json, name, text, roman8_to_utf8);
 }
 
-void json_hex(JsonWriter *writer, std::string_view name, std::string_view bytes)
+void json_host_text(Json *json, std::string_view name, std::string_view text)
+{
+    put_text(json, name, text, repair_utf8);
+}
+
+void json_hex(Json *json, std::string_view name, std::string_view bytes)
 {
     char quoted[2 * longest_text + 2];
     char *position = quoted;
@@ -136,15 +173,15 @@ void json_hex(JsonWriter *writer, std::string_view name, std::string_view bytes)
         *position++ = hex_digits[code & 15];
     }
     *position++ = '"';
-    put_name(writer, name);
-    writer->RawValue(quoted, static_cast<size_t>(position - quoted), rapidjson::kStringType);
+    put_name(json, name);
+    put_ready(json, {quoted, static_cast<size_t>(position - quoted)});
 }
 
-void json_date(JsonWriter *writer, std::string_view name, const TimeRecord &date)
+void json_date(Json *json, std::string_view name, const TimeRecord &date)
 {
-    put_name(writer, name);
+    put_name(json, name);
     if (!is_date(date)) {
-        writer->Null();
+        put_ready(json, "null");
         return;
     }
     char text[] = "\"0000-00-00T00:00:00\"";
@@ -154,13 +191,13 @@ void json_date(JsonWriter *writer, std::string_view name, const TimeRecord &date
     position = put_digits(position, date.tm_hour, 2) + 1;
     position = put_digits(position, date.tm_min, 2) + 1;
     put_digits(position, date.tm_sec, 2);
-    writer->RawValue(text, sizeof text - 1, rapidjson::kStringType);
+    put_ready(json, {text, sizeof text - 1});
 }
 
-void json_end(JsonStream *stream)
+void json_end(Json *json)
 {
-    stream->Put('\n');
-    stream->Flush();
+    json->stream.Put('\n');
+    json->stream.Flush();
 }
 
 std::string_view field_text(const char *field, size_t size)

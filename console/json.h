@@ -21,6 +21,7 @@ struct JsonStream {
         *position++ = character;
     }
     void Flush();
+    void append(std::string_view text); // less than a piece
 
     char *start = nullptr;
     char *position = nullptr;
@@ -37,17 +38,21 @@ inline void PutUnsafe(JsonStream &stream, char character)
     *stream.position++ = character;
 }
 
-using JsonWriter = rapidjson::Writer<JsonStream>;
+// The library keeps the structure and its commas; texts that are ready go straight into the stream behind it.
+struct Json {
+    JsonStream stream;
+    rapidjson::Writer<JsonStream> writer{stream};
+};
 
-// A name and its value.
-void json_number(JsonWriter *writer, std::string_view name, uint64_t value);
-void json_flag(JsonWriter *writer, std::string_view name, bool value);
-void json_roman8(JsonWriter *writer, std::string_view name, std::string_view text);    // a text of an HP machine
-void json_host_text(JsonWriter *writer, std::string_view name, std::string_view text); // what the host hands over
-void json_hex(JsonWriter *writer, std::string_view name, std::string_view bytes);
-void json_date(JsonWriter *writer, std::string_view name, const TimeRecord &date); // null for a date that is none
+// A name and its value; a name needs no escaping.
+void json_number(Json *json, std::string_view name, uint64_t value);
+void json_flag(Json *json, std::string_view name, bool value);
+void json_roman8(Json *json, std::string_view name, std::string_view text);    // a text of an HP machine
+void json_host_text(Json *json, std::string_view name, std::string_view text); // what the host hands over
+void json_hex(Json *json, std::string_view name, std::string_view bytes);
+void json_date(Json *json, std::string_view name, const TimeRecord &date); // null for a date that is none
 
-void json_end(JsonStream *stream); // the line end, and all is on its way
+void json_end(Json *json); // the line end, and all is on its way
 
 // The text in a field of so many bytes, which a NUL may end earlier.
 std::string_view field_text(const char *field, size_t size);
