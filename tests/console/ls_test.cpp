@@ -9,7 +9,6 @@
 #include "tests/support/volume_builder.h"
 
 using tests::error_line;
-using tests::LifEntry;
 using tests::LifVolume;
 using tests::Outcome;
 using tests::run;

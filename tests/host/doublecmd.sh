@@ -25,9 +25,15 @@ server=
 window_manager=
 host=
 
+is_gone() { # PID
+    ! kill -0 "$1" 2>/dev/null
+}
+
+# A host with an open message does not heed a request to end.
 end_of() { # PID
     [ -n "$1" ] || return
     kill "$1"
+    wait_for 3 is_gone "$1" || kill -KILL "$1"
     wait "$1"
 } 2>/dev/null
 
@@ -66,7 +72,7 @@ check_programs() {
 prepare_folder() {
     local file
     work=$(mktemp -d "${TMPDIR:-/tmp}/tarvo-host.XXXXXX") || exit 1
-    mkdir "$work/settings" "$work/home" || exit 1
+    mkdir -p "$work/settings" "$work/home/.cache" || exit 1
     cp -- "$plugin" "$work/home/tarvo.wfx" && cp -- "$image" "$work/home/volume.lif" || exit 1
     for file in doublecmd.xml shortcuts.scf; do
         sed "s|@HOME@|$work/home|" "$settings/$file" >"$work/settings/$file" || exit 1
@@ -105,8 +111,8 @@ has_focus() { # TITLE
     [ -n "$window" ] && [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]
 }
 
-lacks_focus() { # TITLE
-    ! has_focus "$1"
+is_closed() { # WINDOW
+    ! xdotool search --onlyvisible --name . 2>/dev/null | grep -q -x "$1"
 }
 
 # ---- the panel -----------------------------------------------------------------------------------------
@@ -148,6 +154,10 @@ shows_files() {
     esac
 }
 
+open_message() {
+    [ -z "$(window_of '^Tarvo Plugin$')" ] || printf ', but the plug-in has a message, to be seen in %s' "$picture"
+}
+
 # The cursor on the first file, and nothing marked.
 shows_no_marks() {
     xdotool key ctrl+F4 Home Down
@@ -172,14 +182,16 @@ stands_still() { # WINDOW
 # ---- the steps -----------------------------------------------------------------------------------------
 
 open_image() {
+    local prompt
     wait_for 60 has_focus '^Double Commander' || fail 'the host shows no window'
     wait_for 30 shows_the_plugin || fail 'the host does not list the plug-in'
     xdotool key End Return
     wait_for 20 has_focus '^Tarvo Plugin$' || fail 'the plug-in does not ask for a target'
+    prompt=$(window_of '^Tarvo Plugin$')
     xdotool type --delay 20 -- "$work/home/volume.lif"
     xdotool key Return
-    wait_for 20 lacks_focus '^Tarvo Plugin$' || fail 'the prompt does not go away'
-    wait_for 20 shows_files || fail 'the panel shows no files'
+    wait_for 20 is_closed "$prompt" || fail 'the prompt does not go away'
+    wait_for 20 shows_files || fail "the panel shows no files$(open_message)"
 }
 
 # The zone decides how the host shows times, so they are compared where it is universal time, else left out.
@@ -192,14 +204,10 @@ compare_rows() {
     diff <(cut -f "$columns" "$1") <(printf '%s\n' "$rows" | cut -f "$columns")
 }
 
-host_is_gone() {
-    ! kill -0 "$host" 2>/dev/null
-}
-
 close_host() {
     local code
     xdotool key alt+F4
-    wait_for 20 host_is_gone || fail 'the host does not end'
+    wait_for 20 is_gone "$host" || fail 'the host does not end'
     wait "$host"
     code=$?
     host=
