@@ -116,6 +116,9 @@ bool platform_is_host_temporary(const char *path); // in a folder where hosts pu
 bool platform_time_parts(uint64_t time,
                          SystemTime *ret_time);          // of 100 ns since 1601, no change of zone; false for no time
 bool platform_library_path(char *ret_path, size_t size); // the file that holds this code, library or program
+// A local time as hosts turn it back for their panels: by the distance of the zone at present, whatever it was at that
+// date. Units of 100 ns since 1601; false for no date.
+bool platform_panel_time(const SystemTime *local, int64_t *ret_time);
 // A library by its plain name, from beside this one or from the system's folder, nowhere else; null for none. It stays
 // loaded.
 void *platform_open_library(const char *name);

@@ -38,7 +38,7 @@ void fill_time(const FileInfo *info, uint32_t *ret_time)
     SystemTime local;
     tm2SystemTime(&local, &date);
     int64_t time = 0;
-    if (!platform_file_time(&local, &time)) time = 0;
+    if (!platform_panel_time(&local, &time)) time = 0;
     ret_time[0] = static_cast<uint32_t>(time);
     ret_time[1] = static_cast<uint32_t>(static_cast<uint64_t>(time) >> 32);
 }

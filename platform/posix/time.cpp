@@ -57,6 +57,18 @@ bool break_down(const timespec &time, SystemTime *ret_time)
     return true;
 }
 
+tm parts_of(const SystemTime &time)
+{
+    tm parts = {};
+    parts.tm_year = time.year - 1900;
+    parts.tm_mon = time.month - 1;
+    parts.tm_mday = time.day;
+    parts.tm_hour = time.hour;
+    parts.tm_min = time.minute;
+    parts.tm_sec = time.second;
+    return parts;
+}
+
 // mktime() looks for the zone's file at each call, which a catalogue of thousands of dates can't bear; this asks for
 // the zone's distance at the time in question, twice, since the first answer may lie across a change of the clocks.
 bool seconds_of_local(tm parts, time_t *ret_seconds)
@@ -94,16 +106,21 @@ timespec time_of_count(int64_t count)
 bool platform_file_time(const SystemTime *local, int64_t *ret_time)
 {
     if (!is_time(*local)) return failed(EINVAL);
-    tm parts = {};
-    parts.tm_year = local->year - 1900;
-    parts.tm_mon = local->month - 1;
-    parts.tm_mday = local->day;
-    parts.tm_hour = local->hour;
-    parts.tm_min = local->minute;
-    parts.tm_sec = local->second;
+    const tm parts = parts_of(*local);
     time_t seconds = 0;
     if (!seconds_of_local(parts, &seconds)) return false;
     *ret_time = count_of_time({seconds, local->milliseconds * 1000000L});
+    return true;
+}
+
+bool platform_panel_time(const SystemTime *local, int64_t *ret_time)
+{
+    if (!is_time(*local)) return failed(EINVAL);
+    const time_t now = time(nullptr);
+    tm present;
+    if (localtime_r(&now, &present) == nullptr) return false;
+    tm parts = parts_of(*local);
+    *ret_time = count_of_time({timegm(&parts) - present.tm_gmtoff, local->milliseconds * 1000000L});
     return true;
 }
 

@@ -53,6 +53,17 @@ bool platform_file_time(const SystemTime *local, int64_t *ret_time)
     return true;
 }
 
+bool platform_panel_time(const SystemTime *local, int64_t *ret_time)
+{
+    const SYSTEMTIME parts = parts_of(*local);
+    FILETIME local_time;
+    FILETIME time;
+    if (!is_time(parts) || !SystemTimeToFileTime(&parts, &local_time)) return false;
+    if (!LocalFileTimeToFileTime(&local_time, &time)) return false;
+    *ret_time = int64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+    return true;
+}
+
 bool platform_set_times(PlatformFile file, int64_t time)
 {
     const FILETIME all = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};

@@ -99,6 +99,21 @@ TEST(PlatformTime, FileTimesCountFrom1601)
     EXPECT_LE(std::abs(noon - noon_in_england), 14 * 3600 * counts);
 }
 
+// As a host turns it back, summer and winter alike.
+TEST(PlatformTime, PanelTimesHaveOneDistanceFromLocalTimeForAllDates)
+{
+    const SystemTime winter = {2001, 1, 1, 15, 12, 0, 0, 0};
+    const SystemTime summer = {2001, 7, 0, 15, 12, 0, 0, 0};
+    const SystemTime none = {2001, 2, 0, 30, 12, 0, 0, 0};
+    constexpr int64_t days_between = 181;
+    int64_t first = 0;
+    int64_t second = 0;
+    ASSERT_TRUE(platform_panel_time(&winter, &first));
+    ASSERT_TRUE(platform_panel_time(&summer, &second));
+    EXPECT_EQ(second - first, days_between * 86400 * counts);
+    EXPECT_FALSE(platform_panel_time(&none, &first));
+}
+
 TEST(PlatformTime, SetTimesAreReadBack)
 {
     const Scratch scratch;
@@ -196,6 +211,18 @@ TEST(PosixTime, EachDateHasItsOwnDaylightTime)
         EXPECT_EQ(read.hour, row.local.hour) << row.name;
         EXPECT_EQ(read.day_of_week, row.local.day_of_week) << row.name;
     }
+}
+
+TEST(PosixTime, PanelTimesHaveOneDistanceInAZoneWithSummerTimeToo)
+{
+    const Zone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const SystemTime winter = {2001, 1, 1, 15, 12, 0, 0, 0};
+    const SystemTime summer = {2001, 7, 0, 15, 12, 0, 0, 0};
+    int64_t first = 0;
+    int64_t second = 0;
+    ASSERT_TRUE(platform_panel_time(&winter, &first));
+    ASSERT_TRUE(platform_panel_time(&summer, &second));
+    EXPECT_EQ(second - first, int64_t{181} * 86400 * counts);
 }
 
 TEST(PosixTime, DaylightIsWhatThePresentHas)
