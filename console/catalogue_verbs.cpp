@@ -49,7 +49,7 @@ void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
     compose_filename(md, info, visible);
     type_text(info, type);
     std::string_view name = field_text(info->name, sizeof info->name);
-    json->writer.StartObject();
+    json_begin_object(json);
     json_roman8(json, "name", name);
     json_roman8(json, "visible", field_text(visible, sizeof visible));
     json_number(json, "type", info->type);
@@ -66,21 +66,21 @@ void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
     json_flag(json, "hidden", (info->attributes & ATTRIBUTE_HIDDEN) != 0);
     json_number(json, "level", info->level);
     json_hex(json, "name_hex", name);
-    json->writer.EndObject();
+    json_end_object(json);
 }
 
 uint32_t write_catalogue(const MediaDescriptor *md, const Patterns &patterns)
 {
     Json json;
-    json.writer.StartObject();
+    json_begin_object(&json);
     json_host_text(&json, "medium", field_text(md->msus, sizeof md->msus));
     json_host_text(&json, "format", volume_format(md->format).name);
     json_roman8(&json, "label", field_text(md->label, sizeof md->label));
-    json.writer.Key("entries");
+    json_name(&json, "entries");
     json.writer.StartArray();
     uint32_t count = visit_matching(md, patterns.data(), write_entry, &json);
     json.writer.EndArray();
-    json.writer.EndObject();
+    json_end_object(&json);
     json_end(&json);
     return count;
 }
@@ -138,7 +138,7 @@ void write_options(Json *json, const MediaDescriptor *md)
 void write_info(const MediaDescriptor *md)
 {
     Json json;
-    json.writer.StartObject();
+    json_begin_object(&json);
     json_number(&json, "format", md->format);
     json_number(&json, "size", md->size);
     json_host_text(&json, "msus", field_text(md->msus, sizeof md->msus));
@@ -156,7 +156,7 @@ void write_info(const MediaDescriptor *md)
     json_number(&json, "used_bytes", md->used_bytes);
     json_number(&json, "free_bytes", md->free_bytes);
     write_options(&json, md);
-    json.writer.EndObject();
+    json_end_object(&json);
     json_end(&json);
 }
 }

@@ -17,22 +17,6 @@ constexpr size_t escape_bytes = 6; // "\u0000"
 static_assert(longest_text * escape_bytes + 2 < JsonStream::piece, "any text has room in one piece");
 constexpr char hex_digits[] = "0123456789ABCDEF";
 
-// A value, or a name, that is JSON already.
-void put_ready(Json *json, std::string_view text)
-{
-    json->writer.RawValue("", 0, rapidjson::kStringType); // what stands between this and the one before
-    json->stream.append(text);
-}
-
-void put_name(Json *json, std::string_view name)
-{
-    char quoted[longest_name + 2];
-    quoted[0] = '"';
-    std::memcpy(quoted + 1, name.data(), name.size());
-    quoted[name.size() + 1] = '"';
-    put_ready(json, {quoted, name.size() + 2});
-}
-
 // A control character as JSON writes it. Those of the second set and DEL needn't be escaped there, but a terminal
 // would act on them.
 char *put_control(char *target, uint8_t code)
@@ -76,17 +60,17 @@ void put_text(Json *json, std::string_view name, std::string_view text, Conversi
 {
     char quoted[longest_text * escape_bytes + 2];
     text = text.substr(0, longest_text);
-    put_name(json, name);
+    json_name(json, name);
     if (is_plain(text)) { // as almost all are
         quoted[0] = '"';
         std::memcpy(quoted + 1, text.data(), text.size());
         quoted[text.size() + 1] = '"';
-        put_ready(json, {quoted, text.size() + 2});
+        json->stream.append({quoted, text.size() + 2});
         return;
     }
     char utf8[longest_text * utf8_bytes];
     size_t length = conversion(utf8, text);
-    put_ready(json, {quoted, quote(quoted, std::string_view(utf8, length))});
+    json->stream.append({quoted, quote(quoted, std::string_view(utf8, length))});
 }
 
 bool in_range(int32_t value, int32_t least, int32_t most)
@@ -138,18 +122,44 @@ void JsonStream::append(std::string_view text)
     position += text.size();
 }
 
+void json_begin_object(Json *json)
+{
+    json->writer.StartObject();
+    json->first_member = true;
+}
+
+void json_end_object(Json *json)
+{
+    json->writer.EndObject();
+    json->first_member = false;
+}
+
+void json_name(Json *json, std::string_view name)
+{
+    char text[longest_name + 4];
+    char *end = text;
+    if (!json->first_member) *end++ = ',';
+    *end++ = '"';
+    std::memcpy(end, name.data(), name.size());
+    end += name.size();
+    *end++ = '"';
+    *end++ = ':';
+    json->first_member = false;
+    json->stream.append({text, static_cast<size_t>(end - text)});
+}
+
 void json_number(Json *json, std::string_view name, uint64_t value)
 {
     char digits[longest_name];
-    put_name(json, name);
+    json_name(json, name);
     const char *last = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    put_ready(json, {digits, static_cast<size_t>(last - digits)});
+    json->stream.append({digits, static_cast<size_t>(last - digits)});
 }
 
 void json_flag(Json *json, std::string_view name, bool value)
 {
-    put_name(json, name);
-    put_ready(json, value ? "true" : "false");
+    json_name(json, name);
+    json->stream.append(value ? "true" : "false");
 }
 
 void json_roman8(Json *json, std::string_view name, std::string_view text)
@@ -173,15 +183,15 @@ void json_hex(Json *json, std::string_view name, std::string_view bytes)
         *position++ = hex_digits[code & 15];
     }
     *position++ = '"';
-    put_name(json, name);
-    put_ready(json, {quoted, static_cast<size_t>(position - quoted)});
+    json_name(json, name);
+    json->stream.append({quoted, static_cast<size_t>(position - quoted)});
 }
 
 void json_date(Json *json, std::string_view name, const TimeRecord &date)
 {
-    put_name(json, name);
+    json_name(json, name);
     if (!is_date(date)) {
-        put_ready(json, "null");
+        json->stream.append("null");
         return;
     }
     char text[] = "\"0000-00-00T00:00:00\"";
@@ -191,7 +201,7 @@ void json_date(Json *json, std::string_view name, const TimeRecord &date)
     position = put_digits(position, date.tm_hour, 2) + 1;
     position = put_digits(position, date.tm_min, 2) + 1;
     put_digits(position, date.tm_sec, 2);
-    put_ready(json, {text, sizeof text - 1});
+    json->stream.append({text, sizeof text - 1});
 }
 
 void json_end(Json *json)

@@ -38,13 +38,19 @@ inline void PutUnsafe(JsonStream &stream, char character)
     *stream.position++ = character;
 }
 
-// The library keeps the structure and its commas; texts that are ready go straight into the stream behind it.
+// The library opens and closes objects and arrays and divides the elements of arrays; the members of an object go
+// straight into the stream, since there are hundreds of thousands of them.
 struct Json {
     JsonStream stream;
     rapidjson::Writer<JsonStream> writer{stream};
+    bool first_member = true;
 };
 
-// A name and its value; a name needs no escaping.
+void json_begin_object(Json *json);
+void json_end_object(Json *json);
+void json_name(Json *json, std::string_view name); // what follows is its value; a name needs no escaping
+
+// A name and its value.
 void json_number(Json *json, std::string_view name, uint64_t value);
 void json_flag(Json *json, std::string_view name, bool value);
 void json_roman8(Json *json, std::string_view name, std::string_view text);    // a text of an HP machine
