@@ -1,8 +1,6 @@
 // JSON into the engine's output: texts, dates and numbers as the records have them.
 #include "console/json.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cstring>
 
 #include "base/file.h"
@@ -12,7 +10,6 @@
 namespace
 {
 constexpr size_t longest_text = FILE_PATH_SIZE;
-constexpr size_t longest_name = 32;
 constexpr size_t escape_bytes = 6; // "\u0000"
 static_assert(longest_text * escape_bytes + 2 < JsonStream::piece, "any text has room in one piece");
 constexpr char hex_digits[] = "0123456789ABCDEF";
@@ -50,27 +47,30 @@ size_t quote(char *target, std::string_view utf8)
 
 using Conversion = size_t (*)(char *target, std::string_view source);
 
-bool is_plain(std::string_view text)
+// Almost all texts need neither conversion nor escaping; how many characters at the front of this one don't.
+size_t copy_plain(char *target, std::string_view text)
 {
-    auto plain = [](char byte) { return byte >= ' ' && byte < '\x7F' && byte != '"' && byte != '\\'; };
-    return std::all_of(text.begin(), text.end(), plain);
+    size_t count = 0;
+    for (char byte : text) {
+        if (byte < ' ' || byte > '~' || byte == '"' || byte == '\\') break;
+        target[count++] = byte;
+    }
+    return count;
 }
 
 void put_text(Json *json, std::string_view name, std::string_view text, Conversion conversion)
 {
-    char quoted[longest_text * escape_bytes + 2];
     text = text.substr(0, longest_text);
     json_name(json, name);
-    if (is_plain(text)) { // as almost all are
-        quoted[0] = '"';
-        std::memcpy(quoted + 1, text.data(), text.size());
-        quoted[text.size() + 1] = '"';
-        json->stream.append({quoted, text.size() + 2});
+    char *at = json->stream.room(text.size() * escape_bytes + 2);
+    *at = '"';
+    if (copy_plain(at + 1, text) == text.size()) {
+        at[text.size() + 1] = '"';
+        json->stream.position += text.size() + 2;
         return;
     }
     char utf8[longest_text * utf8_bytes];
-    size_t length = conversion(utf8, text);
-    json->stream.append({quoted, quote(quoted, std::string_view(utf8, length))});
+    json->stream.position += quote(at, std::string_view(utf8, conversion(utf8, text)));
 }
 
 bool in_range(int32_t value, int32_t least, int32_t most)
@@ -115,13 +115,6 @@ void JsonStream::Flush()
     start = position = end = nullptr;
 }
 
-void JsonStream::append(std::string_view text)
-{
-    if (static_cast<size_t>(end - position) < text.size()) next_piece();
-    std::memcpy(position, text.data(), text.size());
-    position += text.size();
-}
-
 void json_begin_object(Json *json)
 {
     json->writer.StartObject();
@@ -132,34 +125,6 @@ void json_end_object(Json *json)
 {
     json->writer.EndObject();
     json->first_member = false;
-}
-
-void json_name(Json *json, std::string_view name)
-{
-    char text[longest_name + 4];
-    char *end = text;
-    if (!json->first_member) *end++ = ',';
-    *end++ = '"';
-    std::memcpy(end, name.data(), name.size());
-    end += name.size();
-    *end++ = '"';
-    *end++ = ':';
-    json->first_member = false;
-    json->stream.append({text, static_cast<size_t>(end - text)});
-}
-
-void json_number(Json *json, std::string_view name, uint64_t value)
-{
-    char digits[longest_name];
-    json_name(json, name);
-    const char *last = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    json->stream.append({digits, static_cast<size_t>(last - digits)});
-}
-
-void json_flag(Json *json, std::string_view name, bool value)
-{
-    json_name(json, name);
-    json->stream.append(value ? "true" : "false");
 }
 
 void json_roman8(Json *json, std::string_view name, std::string_view text)
@@ -174,17 +139,17 @@ void json_host_text(Json *json, std::string_view name, std::string_view text)
 
 void json_hex(Json *json, std::string_view name, std::string_view bytes)
 {
-    char quoted[2 * longest_text + 2];
-    char *position = quoted;
-    *position++ = '"';
-    for (char byte : bytes.substr(0, longest_text)) {
-        auto code = static_cast<uint8_t>(byte);
-        *position++ = hex_digits[code >> 4];
-        *position++ = hex_digits[code & 15];
-    }
-    *position++ = '"';
+    bytes = bytes.substr(0, longest_text);
     json_name(json, name);
-    json->stream.append({quoted, static_cast<size_t>(position - quoted)});
+    char *at = json->stream.room(2 * bytes.size() + 2);
+    *at++ = '"';
+    for (char byte : bytes) {
+        auto code = static_cast<uint8_t>(byte);
+        *at++ = hex_digits[code >> 4];
+        *at++ = hex_digits[code & 15];
+    }
+    *at++ = '"';
+    json->stream.position = at;
 }
 
 void json_date(Json *json, std::string_view name, const TimeRecord &date)

@@ -1,7 +1,9 @@
 // JSON into the engine's output.
 #pragma once
 
+#include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 // What the library would assert are mistakes in the order of calls; a program in use carries on.
@@ -21,7 +23,17 @@ struct JsonStream {
         *position++ = character;
     }
     void Flush();
-    void append(std::string_view text); // less than a piece
+    // Room for so many characters at `position`, less than a piece.
+    char *room(size_t count)
+    {
+        if (static_cast<size_t>(end - position) < count) next_piece();
+        return position;
+    }
+    void append(std::string_view text) // less than a piece
+    {
+        std::memcpy(room(text.size()), text.data(), text.size());
+        position += text.size();
+    }
 
     char *start = nullptr;
     char *position = nullptr;
@@ -48,11 +60,34 @@ struct Json {
 
 void json_begin_object(Json *json);
 void json_end_object(Json *json);
-void json_name(Json *json, std::string_view name); // what follows is its value; a name needs no escaping
+
+// What follows is its value; a name needs no escaping.
+inline void json_name(Json *json, std::string_view name)
+{
+    char *at = json->stream.room(name.size() + 4);
+    if (!json->first_member) *at++ = ',';
+    json->first_member = false;
+    *at++ = '"';
+    std::memcpy(at, name.data(), name.size());
+    at += name.size();
+    *at++ = '"';
+    *at++ = ':';
+    json->stream.position = at;
+}
 
 // A name and its value.
-void json_number(Json *json, std::string_view name, uint64_t value);
-void json_flag(Json *json, std::string_view name, bool value);
+inline void json_number(Json *json, std::string_view name, uint64_t value)
+{
+    constexpr size_t most_digits = 20;
+    json_name(json, name);
+    char *at = json->stream.room(most_digits);
+    json->stream.position = std::to_chars(at, at + most_digits, value).ptr;
+}
+inline void json_flag(Json *json, std::string_view name, bool value)
+{
+    json_name(json, name);
+    json->stream.append(value ? std::string_view("true") : std::string_view("false"));
+}
 void json_roman8(Json *json, std::string_view name, std::string_view text);    // a text of an HP machine
 void json_host_text(Json *json, std::string_view name, std::string_view text); // what the host hands over
 void json_hex(Json *json, std::string_view name, std::string_view bytes);
