@@ -141,7 +141,8 @@ void print_all(const MediaDescriptor *md, const char *const *filespec)
     print_list_header(md);
     const uint32_t printed = visit_matching(md, filespec, print_line, nullptr);
     output_flush();
-    demand(printed <= match_count(md, filespec));
+    demand(printed <= match_count(md, nullptr));
+    demand(match_count(md, filespec) <= match_count(md, nullptr));
 }
 
 void use_medium(const std::string &target, uint16_t bits)

@@ -10,6 +10,7 @@
 #include "tests/support/capture.h"
 #include "tests/support/medium.h"
 #include "volume/catalogue_inner.h"
+#include "volume/navigate.h"
 
 using namespace tests;
 
@@ -411,4 +412,20 @@ TEST(Visiting, MatchingEntriesInListOrder)
     EXPECT_EQ(visited(open.md, "X"), std::vector<std::string>{});
     open.md->show_purged = 1;
     EXPECT_EQ(visited(open.md, "B2"), (std::vector<std::string>{"B2"}));
+}
+
+// A catalogue shows and matches names without their markers, the count goes by the names in the directory.
+TEST(Catalogue, MatchesAMarkedNameAsItIsShownAndCountsItAsItIsStored)
+{
+    LifVolume volume;
+    volume.entries = {{.name = "F*0?C_____", .type = 0xEA32}, {.name = "PLAIN"}};
+    const MediaDescriptor options = usual_options();
+    const TemporaryFile file(lif_image(volume));
+    const Medium medium(file.path(), OPEN_READ_VOLUME, &options);
+    ASSERT_TRUE(medium);
+    const char *const filespec[] = {"F*0?", nullptr};
+    const auto ignore = [](void *, const MediaDescriptor *, const FileInfo *) {};
+    EXPECT_EQ(visit_matching(medium.md, filespec, ignore, nullptr), 1u);
+    EXPECT_EQ(match_count(medium.md, filespec), 0u);
+    EXPECT_EQ(match_count(medium.md, nullptr), 2u);
 }
