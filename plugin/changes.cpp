@@ -75,7 +75,8 @@ int32_t FsRenMovFile(const char *old_name, const char *new_name, int32_t move, i
         if (overwrite == 0) return FILE_EXISTS;
         if (found == info && move != 0) return FILE_OK; // a file takes its own place
         target = *found;
-        if (found != info) image_delete_file(plugin.medium, found, 0);
+        // A copy takes the file's place itself; one that fails leaves nothing for a later write to lose.
+        if (move != 0) image_delete_file(plugin.medium, found, 0);
     }
     fill_target(&target, new_name);
     begin_progress(old_name, new_name);

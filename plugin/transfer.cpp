@@ -103,8 +103,7 @@ int32_t FsGetFile(const char *remote_name, char *local_name, int32_t copy_flags,
     if (image_extract_file(md, info, nullptr, local_name, nullptr, flags, my_progress) < 0) {
         return transfer_failure(true);
     }
-    // A host that stopped the copy has got a part of the file: the original
-    // stays.
+    // A host that stopped the copy has got a part of the file: the original stays.
     bool stopped = plugin.aborted;
     my_progress(nullptr, 0, 100);
     if (!moving || stopped) return FILE_OK;
