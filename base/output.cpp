@@ -1,4 +1,5 @@
-// Printing through one buffer, which leaves in large pieces.
+// Printing through one buffer, which leaves in pieces of 64 KB: a system copies whole pages of a file fastest when each
+// write begins where a page does.
 #include "base/output.h"
 
 #include <algorithm>
@@ -10,14 +11,14 @@
 namespace
 {
 
-constexpr size_t buffer_size = 64 * 1024;
+constexpr size_t piece_size = 64 * 1024;
 constexpr size_t reserve_limit = 4096;
 
 struct Output {
     FileHandle file; // 0: standard output
     bool failed;
-    size_t fill;
-    std::array<char, buffer_size> buffer;
+    size_t fill; // less than a piece between two calls
+    std::array<char, piece_size + reserve_limit> buffer;
 };
 
 constinit Output output = {};
@@ -27,9 +28,9 @@ char *free_place()
     return output.buffer.data() + output.fill;
 }
 
-size_t room()
+size_t room() // in the piece
 {
-    return buffer_size - output.fill;
+    return piece_size - output.fill;
 }
 
 void write_out(FileHandle file, const char *bytes, size_t count)
@@ -46,6 +47,19 @@ void write_out(FileHandle file, const char *bytes, size_t count)
     }
 }
 
+FileHandle destination()
+{
+    return output.file != 0 ? output.file : Stdout;
+}
+
+// What was put behind the piece is the beginning of the next one.
+void write_piece()
+{
+    write_out(destination(), output.buffer.data(), piece_size);
+    output.fill -= piece_size;
+    memcpy(output.buffer.data(), output.buffer.data() + piece_size, output.fill);
+}
+
 } // namespace
 
 void output_to(FileHandle file)
@@ -59,9 +73,8 @@ void output_text(std::string_view text)
     while (!text.empty()) {
         const size_t part = std::min(text.size(), room());
         memcpy(free_place(), text.data(), part);
-        output.fill += part;
+        output_advance(part);
         text.remove_prefix(part);
-        if (room() == 0) output_flush();
     }
 }
 
@@ -78,25 +91,25 @@ void output_format(const char *format, ...)
     }
     va_end(again);
     va_end(arguments);
-    if (length > 0) output_advance(std::min(static_cast<size_t>(length), buffer_size - 1));
+    if (length > 0) output_advance(std::min(static_cast<size_t>(length), piece_size - 1));
 }
 
-char *output_reserve(size_t bytes)
+char *output_reserve(size_t)
 {
-    if (room() < std::min(bytes, reserve_limit)) output_flush();
-    return free_place();
+    return free_place(); // behind a piece that isn't full there is always room
 }
 
 void output_advance(size_t bytes)
 {
-    output.fill += std::min(bytes, room());
+    output.fill += std::min(bytes, output.buffer.size() - output.fill);
+    if (output.fill >= piece_size) write_piece();
 }
 
 void output_flush()
 {
     const size_t count = output.fill;
     output.fill = 0;
-    write_out(output.file != 0 ? output.file : Stdout, output.buffer.data(), count);
+    write_out(destination(), output.buffer.data(), count);
 }
 
 bool output_failed()

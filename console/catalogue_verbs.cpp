@@ -37,127 +37,136 @@ void print_line(void *, const MediaDescriptor *md, const FileInfo *info)
 
 uint32_t print_catalogue(const MediaDescriptor *md, const Patterns &patterns)
 {
-    print_list_header(md);
+    print_list_head(md);
     return visit_matching(md, patterns.data(), print_line, nullptr);
 }
 
+constexpr size_t longest_texts =
+    sizeof(FileInfo::name) + VISIBLE_NAME_SIZE + type_text_size + sizeof(FileInfo::system_string);
+static_assert(longest_texts * json_byte_size + 1024 < json_room, "an entry has room");
+
 void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
 {
-    auto *json = static_cast<Json *>(context);
     char visible[VISIBLE_NAME_SIZE];
     char type[type_text_size];
     compose_filename(md, info, visible);
     type_text(info, type);
-    std::string_view name = field_text(info->name, sizeof info->name);
-    json_begin_object(json);
-    json_roman8(json, "name", name);
-    json_roman8(json, "visible", field_text(visible, sizeof visible));
-    json_number(json, "type", info->type);
-    json_roman8(json, "type_text", field_text(type, sizeof type));
-    json_roman8(json, "system", field_text(info->system_string, sizeof info->system_string));
-    json_number(json, "location", info->location);
-    json_number(json, "size", info->size);
-    json_number(json, "records", info->records);
-    json_number(json, "record_length", uint64_t{info->record_len} * 2);
-    json_date(json, "date", info->date);
-    json_flag(json, "deleted", info->deleted != 0);
-    json_flag(json, "directory", info->is_directory != 0);
-    json_flag(json, "protected", (info->attributes & ATTRIBUTE_READ_ONLY) != 0);
-    json_flag(json, "hidden", (info->attributes & ATTRIBUTE_HIDDEN) != 0);
-    json_number(json, "level", info->level);
-    json_hex(json, "name_hex", name);
-    json_end_object(json);
+    std::string_view name = field_text(info->name);
+    JsonObject entry(static_cast<Json *>(context));
+    entry.roman8("name", name);
+    entry.roman8("visible", field_text(visible));
+    entry.number("type", info->type);
+    entry.roman8("type_text", field_text(type));
+    entry.roman8("system", field_text(info->system_string));
+    entry.number("location", info->location);
+    entry.number("size", info->size);
+    entry.number("records", info->records);
+    entry.number("record_length", uint64_t{info->record_len} * 2);
+    entry.date("date", info->date);
+    entry.flag("deleted", info->deleted != 0);
+    entry.flag("directory", info->is_directory != 0);
+    entry.flag("protected", (info->attributes & ATTRIBUTE_READ_ONLY) != 0);
+    entry.flag("hidden", (info->attributes & ATTRIBUTE_HIDDEN) != 0);
+    entry.number("level", info->level);
+    entry.hex("name_hex", name);
+    entry.close();
 }
 
 uint32_t write_catalogue(const MediaDescriptor *md, const Patterns &patterns)
 {
     Json json;
-    json_begin_object(&json);
-    json_host_text(&json, "medium", field_text(md->msus, sizeof md->msus));
-    json_host_text(&json, "format", volume_format(md->format).name);
-    json_roman8(&json, "label", field_text(md->label, sizeof md->label));
-    json_name(&json, "entries");
+    JsonObject catalogue(&json);
+    catalogue.host_text("medium", field_text(md->msus));
+    catalogue.host_text("format", volume_format(md->format).name);
+    catalogue.roman8("label", field_text(md->label));
+    catalogue.last("entries");
     json.writer.StartArray();
     uint32_t count = visit_matching(md, patterns.data(), write_entry, &json);
     json.writer.EndArray();
-    json_end_object(&json);
-    json_end(&json);
+    catalogue.close();
+    output_text("\n");
     return count;
 }
 
 // ---- info ----------------------------------------------------------------------------------------------
 
-void write_geometry(Json *json, const MediaDescriptor *md)
-{
-    json_number(json, "interleave", md->interleave);
-    json_number(json, "cylinders", md->cylinders);
-    json_number(json, "heads", md->heads);
-    json_number(json, "sectors", md->sectors);
-    json_number(json, "records", md->records);
-    json_number(json, "system_tracks", md->system_tracks);
-    json_number(json, "data_tracks", md->data_tracks);
-}
+// A field of the medium; one of its pointers is set.
+struct InfoField {
+    const char *name;
+    uint32_t MediaDescriptor::*number = nullptr;
+    uint16_t MediaDescriptor::*word = nullptr;
+    TimeRecord MediaDescriptor::*date = nullptr;
+    char (MediaDescriptor::*text)[17] = nullptr;
+    char (MediaDescriptor::*host_text)[FILE_PATH_SIZE] = nullptr;
+};
 
-void write_tables(Json *json, const MediaDescriptor *md)
-{
-    json_number(json, "dir_start", md->dir_start);
-    json_number(json, "dir_size", md->dir_size);
-    json_number(json, "dir_entry_size", md->dir_entry_size);
-    json_number(json, "alloc_start", md->alloc_start);
-    json_number(json, "alloc_size", md->alloc_size);
-    json_number(json, "alloc_entry_size", md->alloc_entry_size);
-    json_number(json, "spare_dir_start", md->spare_dir_start);
-    json_number(json, "spare_alloc_start", md->spare_alloc_start);
-    json_number(json, "file_area_start", md->file_area_start);
-    json_number(json, "data_size", md->data_size);
-}
+constexpr InfoField info_fields[] = {
+    {.name = "format", .number = &MediaDescriptor::format},
+    {.name = "size", .number = &MediaDescriptor::size},
+    {.name = "msus", .host_text = &MediaDescriptor::msus},
+    {.name = "access", .number = &MediaDescriptor::access},
+    {.name = "magic", .word = &MediaDescriptor::magic},
+    {.name = "date", .date = &MediaDescriptor::date},
+    {.name = "label", .text = &MediaDescriptor::label},
+    {.name = "dir_id", .word = &MediaDescriptor::dir_id},
+    {.name = "version", .word = &MediaDescriptor::version},
+    {.name = "interleave", .word = &MediaDescriptor::interleave},
+    {.name = "cylinders", .number = &MediaDescriptor::cylinders},
+    {.name = "heads", .number = &MediaDescriptor::heads},
+    {.name = "sectors", .number = &MediaDescriptor::sectors},
+    {.name = "records", .number = &MediaDescriptor::records},
+    {.name = "system_tracks", .number = &MediaDescriptor::system_tracks},
+    {.name = "data_tracks", .number = &MediaDescriptor::data_tracks},
+    {.name = "dir_start", .number = &MediaDescriptor::dir_start},
+    {.name = "dir_size", .number = &MediaDescriptor::dir_size},
+    {.name = "dir_entry_size", .number = &MediaDescriptor::dir_entry_size},
+    {.name = "alloc_start", .number = &MediaDescriptor::alloc_start},
+    {.name = "alloc_size", .number = &MediaDescriptor::alloc_size},
+    {.name = "alloc_entry_size", .number = &MediaDescriptor::alloc_entry_size},
+    {.name = "spare_dir_start", .number = &MediaDescriptor::spare_dir_start},
+    {.name = "spare_alloc_start", .number = &MediaDescriptor::spare_alloc_start},
+    {.name = "file_area_start", .number = &MediaDescriptor::file_area_start},
+    {.name = "data_size", .number = &MediaDescriptor::data_size},
+    {.name = "needs_check", .number = &MediaDescriptor::needs_check},
+    {.name = "backup_date", .date = &MediaDescriptor::backup_date},
+    {.name = "block_size", .number = &MediaDescriptor::block_size},
+    {.name = "boot_start", .number = &MediaDescriptor::boot_start},
+    {.name = "boot_size", .number = &MediaDescriptor::boot_size},
+    {.name = "fat_start", .number = &MediaDescriptor::fat_start},
+    {.name = "largest_block", .number = &MediaDescriptor::largest_block},
+    {.name = "password", .text = &MediaDescriptor::password},
+    {.name = "inode_count", .number = &MediaDescriptor::inode_count},
+    {.name = "hfs_present", .number = &MediaDescriptor::hfs_present},
+    {.name = "hfs_record", .number = &MediaDescriptor::hfs_record},
+    {.name = "used_bytes", .number = &MediaDescriptor::used_bytes},
+    {.name = "free_bytes", .number = &MediaDescriptor::free_bytes},
+    {.name = "use_type_names", .number = &MediaDescriptor::use_type_names},
+    {.name = "use_typed_extensions", .number = &MediaDescriptor::use_typed_extensions},
+    {.name = "use_file_conversion", .number = &MediaDescriptor::use_file_conversion},
+    {.name = "use_file_headers", .number = &MediaDescriptor::use_file_headers},
+    {.name = "prefer_hfs", .number = &MediaDescriptor::prefer_hfs},
+    {.name = "show_purged", .number = &MediaDescriptor::show_purged},
+};
 
-void write_sdf_fields(Json *json, const MediaDescriptor *md)
+void write_field(JsonObject *object, const MediaDescriptor *md, const InfoField &field)
 {
-    json_number(json, "needs_check", md->needs_check);
-    json_date(json, "backup_date", md->backup_date);
-    json_number(json, "block_size", md->block_size);
-    json_number(json, "boot_start", md->boot_start);
-    json_number(json, "boot_size", md->boot_size);
-    json_number(json, "fat_start", md->fat_start);
-    json_number(json, "largest_block", md->largest_block);
-    json_roman8(json, "password", field_text(md->password, sizeof md->password));
-    json_number(json, "inode_count", md->inode_count);
-}
-
-void write_options(Json *json, const MediaDescriptor *md)
-{
-    json_number(json, "use_type_names", md->use_type_names);
-    json_number(json, "use_typed_extensions", md->use_typed_extensions);
-    json_number(json, "use_file_conversion", md->use_file_conversion);
-    json_number(json, "use_file_headers", md->use_file_headers);
-    json_number(json, "prefer_hfs", md->prefer_hfs);
-    json_number(json, "show_purged", md->show_purged);
+    if (field.number != nullptr) object->number(field.name, md->*field.number);
+    if (field.word != nullptr) object->number(field.name, md->*field.word);
+    if (field.date != nullptr) object->date(field.name, md->*field.date);
+    if (field.text != nullptr) object->roman8(field.name, field_text(md->*field.text));
+    if (field.host_text != nullptr) object->host_text(field.name, field_text(md->*field.host_text));
 }
 
 void write_info(const MediaDescriptor *md)
 {
     Json json;
-    json_begin_object(&json);
-    json_number(&json, "format", md->format);
-    json_number(&json, "size", md->size);
-    json_host_text(&json, "msus", field_text(md->msus, sizeof md->msus));
-    json_number(&json, "access", md->access);
-    json_number(&json, "magic", md->magic);
-    json_date(&json, "date", md->date);
-    json_roman8(&json, "label", field_text(md->label, sizeof md->label));
-    json_number(&json, "dir_id", md->dir_id);
-    json_number(&json, "version", md->version);
-    write_geometry(&json, md);
-    write_tables(&json, md);
-    write_sdf_fields(&json, md);
-    json_number(&json, "hfs_present", md->hfs_present);
-    json_number(&json, "hfs_record", md->hfs_record);
-    json_number(&json, "used_bytes", md->used_bytes);
-    json_number(&json, "free_bytes", md->free_bytes);
-    write_options(&json, md);
-    json_end_object(&json);
-    json_end(&json);
+    JsonObject object(&json);
+    for (const InfoField &field : info_fields) {
+        write_field(&object, md, field);
+        object.pass_on();
+    }
+    object.close();
+    output_text("\n");
 }
 }
 
@@ -169,8 +178,10 @@ int run_ls(const Arguments &arguments)
     const MediaDescriptor *md = reading.medium.get();
     begin_data();
     uint32_t count = arguments.json ? write_catalogue(md, patterns) : print_catalogue(md, patterns);
+    bool found = count != 0 || arguments.words.empty() || md->root == nullptr;
+    reading.medium->root = nullptr; // the entries go with the heap, all at once
     int code = report_reading(reading, finish_data(exit_done));
-    if (count != 0 || arguments.words.empty() || md->root == nullptr) return code;
+    if (found) return code;
     set_error(file_not_found, "");
     return report_failure();
 }

@@ -1,33 +1,55 @@
 // JSON into the engine's output: texts, dates and numbers as the records have them.
 #include "console/json.h"
 
+#include <array>
 #include <cstring>
 
-#include "base/file.h"
-#include "base/output.h"
 #include "console/roman8.h"
 
 namespace
 {
-constexpr size_t longest_text = FILE_PATH_SIZE;
-constexpr size_t escape_bytes = 6; // "\u0000"
-static_assert(longest_text * escape_bytes + 2 < JsonStream::piece, "any text has room in one piece");
+static_assert(json_longest_text * json_byte_size + 2 < json_room, "any text has room");
 constexpr char hex_digits[] = "0123456789ABCDEF";
+
+// The texts of all numbers of two digits, one behind the other.
+constexpr std::array<char, 512> pairs_of_digits(size_t base)
+{
+    std::array<char, 512> pairs = {};
+    for (size_t number = 0; number < base * base; number++) {
+        pairs[2 * number] = hex_digits[number / base];
+        pairs[2 * number + 1] = hex_digits[number % base];
+    }
+    return pairs;
+}
+constexpr auto decimal_pairs = pairs_of_digits(10);
+constexpr auto hex_pairs = pairs_of_digits(16);
+
+char *put_pair(char *target, const std::array<char, 512> &pairs, size_t number)
+{
+    std::memcpy(target, &pairs[2 * number], 2);
+    return target + 2;
+}
+
+// What a text holds almost always: characters that need neither conversion nor escaping.
+constexpr auto plain_characters = [] {
+    std::array<bool, 256> plain = {};
+    for (size_t code = ' '; code <= '~'; code++) plain[code] = code != '"' && code != '\\';
+    return plain;
+}();
 
 // A control character as JSON writes it. Those of the second set and DEL needn't be escaped there, but a terminal
 // would act on them.
 char *put_control(char *target, uint8_t code)
 {
-    const char text[escape_bytes] = {'\\', 'u', '0', '0', hex_digits[code >> 4], hex_digits[code & 15]};
-    std::memcpy(target, text, escape_bytes);
-    return target + escape_bytes;
+    const char text[json_byte_size] = {'\\', 'u', '0', '0', hex_digits[code >> 4], hex_digits[code & 15]};
+    std::memcpy(target, text, json_byte_size);
+    return target + json_byte_size;
 }
 
-// The text with its quotes; target has room for escape_bytes for each byte that the text had before it was UTF-8, and
+// The text with its quotes; there is room for json_byte_size for each byte that the text had before it was UTF-8, and
 // for the quotes.
-size_t quote(char *target, std::string_view utf8)
+char *quote(char *position, std::string_view utf8)
 {
-    char *position = target;
     *position++ = '"';
     for (size_t index = 0; index < utf8.size(); index++) {
         auto code = static_cast<uint8_t>(utf8[index]);
@@ -42,35 +64,26 @@ size_t quote(char *target, std::string_view utf8)
         }
     }
     *position++ = '"';
-    return static_cast<size_t>(position - target);
+    return position;
 }
 
 using Conversion = size_t (*)(char *target, std::string_view source);
 
-// Almost all texts need neither conversion nor escaping; how many characters at the front of this one don't.
-size_t copy_plain(char *target, std::string_view text)
+char *put_text(char *target, std::string_view text, Conversion conversion)
 {
-    size_t count = 0;
-    for (char byte : text) {
-        if (byte < ' ' || byte > '~' || byte == '"' || byte == '\\') break;
-        target[count++] = byte;
+    text = text.substr(0, json_longest_text);
+    char *position = target;
+    *position++ = '"';
+    size_t index = 0;
+    for (; index < text.size() && plain_characters[static_cast<uint8_t>(text[index])]; index++) {
+        *position++ = text[index];
     }
-    return count;
-}
-
-void put_text(Json *json, std::string_view name, std::string_view text, Conversion conversion)
-{
-    text = text.substr(0, longest_text);
-    json_name(json, name);
-    char *at = json->stream.room(text.size() * escape_bytes + 2);
-    *at = '"';
-    if (copy_plain(at + 1, text) == text.size()) {
-        at[text.size() + 1] = '"';
-        json->stream.position += text.size() + 2;
-        return;
+    if (index < text.size() && text[index] != '\0') {
+        char utf8[json_longest_text * utf8_bytes];
+        return quote(target, std::string_view(utf8, conversion(utf8, text.substr(0, text.find('\0')))));
     }
-    char utf8[longest_text * utf8_bytes];
-    json->stream.position += quote(at, std::string_view(utf8, conversion(utf8, text)));
+    *position++ = '"';
+    return position;
 }
 
 bool in_range(int32_t value, int32_t least, int32_t most)
@@ -91,92 +104,65 @@ bool is_date(const TimeRecord &date)
            in_range(date.tm_min, 0, 59) && in_range(date.tm_sec, 0, 59);
 }
 
-char *put_digits(char *target, int32_t value, size_t digits)
+size_t count_digits(uint64_t value)
 {
-    for (size_t index = digits; index > 0; index--) {
-        target[index - 1] = static_cast<char>('0' + value % 10);
-        value /= 10;
-    }
-    return target + digits;
+    constexpr size_t most_digits = 20;
+    size_t count = 1;
+    for (uint64_t limit = 10; count < most_digits && value >= limit; limit *= 10) count++;
+    return count;
+}
+
+void put_two_digits(char *target, int32_t value)
+{
+    put_pair(target, decimal_pairs, static_cast<size_t>(value));
 }
 }
 
-void JsonStream::next_piece()
+char *json_put_number(char *target, uint64_t value)
 {
-    Flush();
-    start = output_reserve(JsonStream::piece);
-    position = start;
-    end = start + JsonStream::piece;
+    char *end = target + count_digits(value);
+    char *first = end;
+    for (; value >= 10; value /= 100) put_pair(first -= 2, decimal_pairs, value % 100);
+    if (first != target) *target = static_cast<char>('0' + value);
+    return end;
 }
 
-void JsonStream::Flush()
+char *json_put_roman8(char *target, std::string_view text)
 {
-    if (start != nullptr) output_advance(static_cast<size_t>(position - start));
-    start = position = end = nullptr;
+    return put_text(target, text, roman8_to_utf8);
 }
 
-void json_begin_object(Json *json)
+char *json_put_host_text(char *target, std::string_view text)
 {
-    json->writer.StartObject();
-    json->first_member = true;
+    return put_text(target, text, repair_utf8);
 }
 
-void json_end_object(Json *json)
+char *json_put_hex(char *target, std::string_view bytes)
 {
-    json->writer.EndObject();
-    json->first_member = false;
-}
-
-void json_roman8(Json *json, std::string_view name, std::string_view text)
-{
-    put_text(json, name, text, roman8_to_utf8);
-}
-
-void json_host_text(Json *json, std::string_view name, std::string_view text)
-{
-    put_text(json, name, text, repair_utf8);
-}
-
-void json_hex(Json *json, std::string_view name, std::string_view bytes)
-{
-    bytes = bytes.substr(0, longest_text);
-    json_name(json, name);
-    char *at = json->stream.room(2 * bytes.size() + 2);
-    *at++ = '"';
+    bytes = bytes.substr(0, json_longest_text);
+    *target++ = '"';
     for (char byte : bytes) {
-        auto code = static_cast<uint8_t>(byte);
-        *at++ = hex_digits[code >> 4];
-        *at++ = hex_digits[code & 15];
+        if (byte == '\0') break;
+        target = put_pair(target, hex_pairs, static_cast<uint8_t>(byte));
     }
-    *at++ = '"';
-    json->stream.position = at;
+    *target++ = '"';
+    return target;
 }
 
-void json_date(Json *json, std::string_view name, const TimeRecord &date)
+char *json_put_date(char *target, const TimeRecord &date)
 {
-    json_name(json, name);
     if (!is_date(date)) {
-        json->stream.append("null");
-        return;
+        std::memcpy(target, "null", 4);
+        return target + 4;
     }
-    char text[] = "\"0000-00-00T00:00:00\"";
-    char *position = put_digits(text + 1, date.tm_year + 1900, 4) + 1;
-    position = put_digits(position, true_month(date.tm_mon), 2) + 1;
-    position = put_digits(position, date.tm_mday, 2) + 1;
-    position = put_digits(position, date.tm_hour, 2) + 1;
-    position = put_digits(position, date.tm_min, 2) + 1;
-    put_digits(position, date.tm_sec, 2);
-    json->stream.append({text, sizeof text - 1});
-}
-
-void json_end(Json *json)
-{
-    json->stream.Put('\n');
-    json->stream.Flush();
-}
-
-std::string_view field_text(const char *field, size_t size)
-{
-    const void *end = std::memchr(field, 0, size);
-    return {field, end == nullptr ? size : static_cast<size_t>(static_cast<const char *>(end) - field)};
+    int32_t year = date.tm_year + 1900;
+    std::memcpy(target, "\"0000-00-00T00:00:00\"", 21);
+    put_two_digits(target + 1, year / 100);
+    put_two_digits(target + 3, year % 100);
+    put_two_digits(target + 6, true_month(date.tm_mon));
+    put_two_digits(target + 9, date.tm_mday);
+    put_two_digits(target + 12, date.tm_hour);
+    put_two_digits(target + 15, date.tm_min);
+    put_two_digits(target + 18, date.tm_sec);
+    return target + 21;
 }

@@ -1,7 +1,6 @@
 // JSON into the engine's output.
 #pragma once
 
-#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -10,90 +9,126 @@
 #define RAPIDJSON_ASSERT(condition) (static_cast<void>(0))
 #include <rapidjson/writer.h>
 
+#include "base/file.h"
+#include "base/output.h"
 #include "base/time_record.h"
 
-// Where the writer puts its characters: into the engine's output buffer, a piece at a time.
+// Where the writer puts its characters.
 struct JsonStream {
     using Ch = char;
-    static constexpr size_t piece = 4096; // the most that can be had at once
-    void next_piece();
     void Put(char character)
     {
-        if (position == end) next_piece();
-        *position++ = character;
+        *output_reserve(1) = character;
+        output_advance(1);
     }
-    void Flush();
-    // Room for so many characters at `position`, less than a piece.
-    char *room(size_t count)
-    {
-        if (static_cast<size_t>(end - position) < count) next_piece();
-        return position;
-    }
-    void append(std::string_view text) // less than a piece
-    {
-        std::memcpy(room(text.size()), text.data(), text.size());
-        position += text.size();
-    }
-
-    char *start = nullptr;
-    char *position = nullptr;
-    char *end = nullptr;
+    void Flush() {}
 };
 
-// The writer asks for room once for a whole text (less than a piece), then puts its characters without looking.
-inline void PutReserve(JsonStream &stream, size_t count)
-{
-    if (static_cast<size_t>(stream.end - stream.position) < count) stream.next_piece();
-}
-inline void PutUnsafe(JsonStream &stream, char character)
-{
-    *stream.position++ = character;
-}
-
-// The library opens and closes objects and arrays and divides the elements of arrays; the members of an object go
-// straight into the stream, since there are hundreds of thousands of them.
 struct Json {
     JsonStream stream;
     rapidjson::Writer<JsonStream> writer{stream};
-    bool first_member = true;
 };
 
-void json_begin_object(Json *json);
-void json_end_object(Json *json);
+constexpr size_t json_room = 4096;                   // for the members of an object that are put together at once
+constexpr size_t json_longest_text = FILE_PATH_SIZE; // bytes of a text that are looked at
+constexpr size_t json_byte_size = 6;                 // that a byte of a text may take: "\u0000"
 
-// What follows is its value; a name needs no escaping.
-inline void json_name(Json *json, std::string_view name)
+// A field of a record as a text, which a NUL in it ends earlier.
+template <size_t size> std::string_view field_text(const char (&field)[size])
 {
-    char *at = json->stream.room(name.size() + 4);
-    if (!json->first_member) *at++ = ',';
-    json->first_member = false;
-    *at++ = '"';
-    std::memcpy(at, name.data(), name.size());
-    at += name.size();
-    *at++ = '"';
-    *at++ = ':';
-    json->stream.position = at;
+    return {field, size};
 }
 
-// A name and its value.
-inline void json_number(Json *json, std::string_view name, uint64_t value)
-{
-    constexpr size_t most_digits = 20;
-    json_name(json, name);
-    char *at = json->stream.room(most_digits);
-    json->stream.position = std::to_chars(at, at + most_digits, value).ptr;
-}
-inline void json_flag(Json *json, std::string_view name, bool value)
-{
-    json_name(json, name);
-    json->stream.append(value ? std::string_view("true") : std::string_view("false"));
-}
-void json_roman8(Json *json, std::string_view name, std::string_view text);    // a text of an HP machine
-void json_host_text(Json *json, std::string_view name, std::string_view text); // what the host hands over
-void json_hex(Json *json, std::string_view name, std::string_view bytes);
-void json_date(Json *json, std::string_view name, const TimeRecord &date); // null for a date that is none
+// The value of a member at `target`; they return where it ends. A text ends at its size, or earlier at a NUL.
+char *json_put_number(char *target, uint64_t value);
+char *json_put_roman8(char *target, std::string_view text);    // a text of an HP machine
+char *json_put_host_text(char *target, std::string_view text); // what the host hands over
+char *json_put_hex(char *target, std::string_view bytes);
+char *json_put_date(char *target, const TimeRecord &date); // null for a date that is none
 
-void json_end(Json *json); // the line end, and all is on its way
+// An object whose members are put together in the output's own buffer, since there are hundreds of thousands of them;
+// the library opens and closes it, with the comma in front of it. Names need no escaping.
+class JsonObject
+{
+  public:
+    explicit JsonObject(Json *json_of_all) : json(json_of_all)
+    {
+        json->writer.StartObject();
+        start = end = output_reserve(json_room);
+    }
 
-// The text in a field of so many bytes, which a NUL may end earlier.
-std::string_view field_text(const char *field, size_t size);
+    // Inlined, so that a name is stored as the few words that it is.
+    [[gnu::always_inline]] void number(std::string_view name, uint64_t value)
+    {
+        put_name(name);
+        end = json_put_number(end, value);
+    }
+
+    void flag(std::string_view name, bool value)
+    {
+        put_name(name);
+        std::memcpy(end, value ? "true " : "false", 5);
+        end += value ? 4 : 5;
+    }
+
+    void roman8(std::string_view name, std::string_view text)
+    {
+        put_name(name);
+        end = json_put_roman8(end, text);
+    }
+
+    void host_text(std::string_view name, std::string_view text)
+    {
+        put_name(name);
+        end = json_put_host_text(end, text);
+    }
+
+    void hex(std::string_view name, std::string_view bytes)
+    {
+        put_name(name);
+        end = json_put_hex(end, bytes);
+    }
+
+    void date(std::string_view name, const TimeRecord &value)
+    {
+        put_name(name);
+        end = json_put_date(end, value);
+    }
+
+    // The last member; the library puts its value.
+    void last(std::string_view name)
+    {
+        put_name(name);
+        pass_on();
+    }
+
+    // The members so far are text now, and there is new room.
+    void pass_on()
+    {
+        output_advance(static_cast<size_t>(end - start));
+        start = end = output_reserve(json_room);
+    }
+
+    void close()
+    {
+        output_advance(static_cast<size_t>(end - start));
+        json->writer.EndObject();
+    }
+
+  private:
+    [[gnu::always_inline]] void put_name(std::string_view name)
+    {
+        if (!empty) *end++ = ',';
+        empty = false;
+        *end++ = '"';
+        std::memcpy(end, name.data(), name.size());
+        end += name.size();
+        *end++ = '"';
+        *end++ = ':';
+    }
+
+    Json *json;
+    char *start;
+    char *end;
+    bool empty = true;
+};

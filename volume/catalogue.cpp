@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/convert.h"
+#include "base/log.h"
 #include "base/output.h"
 #include "volume/catalogue_inner.h"
 #include "volume/names.h"
@@ -183,9 +184,18 @@ void print_sdf_header(const MediaDescriptor *md)
                 "FILE NAME             LEV TYPE  TYPE  RECORDS   LENGTH DATE       TIME ACC STAT\n"
                 "===================== === ==== ===== ======== ======== =============== === ====\n");
 }
+
+bool matches(const MediaDescriptor *md, const char *const *filespec, const FileInfo *info)
+{
+    char name[VISIBLE_NAME_SIZE];
+    char type[type_text_size];
+    decode_filename(info, md->format, name);
+    type_text(info, type);
+    return match_filespec(filespec, name, type) != 0;
+}
 }
 
-void print_list_header(const MediaDescriptor *md)
+void print_list_head(const MediaDescriptor *md)
 {
     switch (md->format) {
     case FORMAT_DISK45:
@@ -197,6 +207,11 @@ void print_list_header(const MediaDescriptor *md)
     case FORMAT_SDF: print_sdf_header(md); break;
     default: break;
     }
+}
+
+void print_list_header(const MediaDescriptor *md)
+{
+    print_list_head(md);
     output_flush();
 }
 
@@ -213,14 +228,12 @@ void print_list_entry(const MediaDescriptor *md, const FileInfo *info, bool recu
 
 uint32_t visit_matching(const MediaDescriptor *md, const char *const *filespec, EntryVisitor visit, void *context)
 {
+    // Without patterns all entries match; then only a trace of the calls asks for each.
+    bool asks = (filespec != nullptr && filespec[0] != nullptr) || (loglevel & 7) >= 3;
     uint32_t count = 0;
     for (const FileInfo *info = md->root; info != nullptr; info = info->next) {
         if (info->deleted != 0 && md->show_purged == 0) continue;
-        char name[VISIBLE_NAME_SIZE];
-        char type[type_text_size];
-        decode_filename(info, md->format, name);
-        type_text(info, type);
-        if (match_filespec(filespec, name, type) == 0) continue;
+        if (asks && !matches(md, filespec, info)) continue;
         visit(context, md, info);
         count++;
     }

@@ -5,7 +5,8 @@
 
 #include "volume/media.h"
 
-// One line, by the format of md, into the engine's output; the caller flushes.
+// The head, or one line, by the format of md, into the engine's output; the caller flushes.
+void print_list_head(const MediaDescriptor *md);
 void print_list_entry(const MediaDescriptor *md, const FileInfo *info, bool recursive);
 
 using EntryVisitor = void (*)(void *context, const MediaDescriptor *md, const FileInfo *info);

@@ -114,6 +114,22 @@ TEST_F(Output, ReservedRoomIsThereAtAnyFill)
     EXPECT_EQ(console.printed(), expected);
 }
 
+TEST_F(Output, WhatIsPutInPlaceLeavesInWholePieces)
+{
+    std::string expected;
+    for (int i = 0; i < 10000; ++i) {
+        const std::string text = std::to_string(i) + std::string(300, '-');
+        memcpy(output_reserve(4096), text.data(), text.size());
+        output_advance(text.size());
+        expected += text;
+    }
+    EXPECT_EQ(console.writes, expected.size() / 65536);
+    EXPECT_EQ(console.printed().size(), console.writes * 65536) << "each of 64 KB";
+    output_flush();
+    EXPECT_EQ(console.printed(), expected);
+    EXPECT_EQ(console.writes, expected.size() / 65536 + 1);
+}
+
 TEST_F(Output, OnlyWhatIsAdvancedBecomesText)
 {
     memcpy(output_reserve(100), "abcdef", 6);

@@ -1,4 +1,5 @@
 // The catalogue and the summary as JSON.
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -218,6 +219,46 @@ TEST(LsJson, SizesBeyondTheMediumAreToldAsTheyStand)
     EXPECT_EQ(field_of(contents, "records"), "16777215");
 }
 
+TEST(LsJson, NumbersOfAnyLengthAreWhole)
+{
+    for (const uint32_t number :
+         {1u,     9u,     10u,     11u,     99u,      100u,      101u,      999u,       1000u,       9999u,
+          10000u, 12345u, 100000u, 999999u, 1000000u, 16777215u, 99999999u, 100000000u, 1000000000u, 4294967295u}) {
+        LifVolume contents = one_file("FAR");
+        contents.entries[0].start = number;
+        EXPECT_EQ(field_of(contents, "location"), std::to_string(number));
+    }
+    LifVolume contents = one_file("LONG");
+    contents.entries[0].type = 0xE961;
+    contents.entries[0].implementation = {0x80, 0x01, 0, 0, 0xFF, 0xFF};
+    EXPECT_EQ(field_of(contents, "record_length"), "131070");
+}
+
+TEST(LsJson, EntriesOfControlBytesOnlyHaveRoom)
+{
+    LifVolume contents;
+    contents.directory_length = 300;
+    contents.records = 400;
+    contents.tracks = 0;
+    for (int i = 0; i < 2000; ++i) contents.entries.push_back({.name = "\x01\x02\x03\x04\x05\x06\x07\x10\x11\x12"});
+    const TemporaryFile volume(tests::lif_image(contents));
+    const Outcome outcome = run({"ls", "--json", volume.path()});
+    const Document document = json_of(outcome);
+    ASSERT_EQ(document["entries"].Size(), 2000U);
+    for (const Value &entry : document["entries"].GetArray()) {
+        ASSERT_STREQ(entry["name"].GetString(), "\x01\x02\x03\x04\x05\x06\x07\x10\x11\x12");
+        ASSERT_STREQ(entry["name_hex"].GetString(), "01020304050607101112");
+    }
+}
+
+TEST(LsJson, NameEndsAtANul)
+{
+    const std::string name("AB\0CD", 5);
+    EXPECT_EQ(field_of(one_file(name), "name"), "\"AB\"");
+    EXPECT_EQ(field_of(one_file(name), "visible"), "\"AB.ASCII\"");
+    EXPECT_EQ(field_of(one_file(name), "name_hex"), "\"4142\"");
+}
+
 TEST(LsJson, LargeDirectoryIsWhole)
 {
     const TemporaryFile volume(tests::lif_image(tests::lif_volume_with_files(3000)));
@@ -244,6 +285,18 @@ TEST(InfoJson, HasTheFieldsOfTheMediumInTheirOrder)
         R"("use_typed_extensions":1,"use_file_conversion":0,"use_file_headers":0,"prefer_hfs":0,"show_purged":0})";
     EXPECT_EQ(json_text(json_of(outcome)), expected);
     EXPECT_EQ(outcome.output, expected + "\n");
+}
+
+TEST(InfoJson, LongestPathOfCharactersToEscapeIsWhole)
+{
+    if (!tests::runs_natively()) GTEST_SKIP() << "names of files are the other system's here";
+    const size_t begin = std::string(TemporaryFile().path()).size();
+    ASSERT_LT(begin, 250U);
+    const std::string quotes(std::min<size_t>(259 - begin, 240), '"');
+    const TemporaryFile volume(tests::lif_image(LifVolume{}), quotes);
+    for (const auto &[verb, field] : {std::pair("ls", "medium"), std::pair("info", "msus")}) {
+        EXPECT_STREQ(json_of(run({verb, "--json", volume.path()}))[field].GetString(), volume.path()) << verb;
+    }
 }
 
 TEST(Info, PrintsTheSummary)

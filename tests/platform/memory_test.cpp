@@ -66,6 +66,28 @@ TEST_F(PlatformHeap, BlocksGoInAnyOrder)
     }
 }
 
+TEST_F(PlatformHeap, BlocksOfAllSizesKeepTheirBytesBesideEachOther)
+{
+    std::vector<uint8_t *> blocks;
+    for (size_t bytes = 0; bytes < 2000; ++bytes) {
+        blocks.push_back(static_cast<uint8_t *>(platform_heap_allocate(heap, bytes)));
+        ASSERT_NE(blocks.back(), nullptr);
+        ASSERT_TRUE(is_zero(blocks.back(), bytes)) << bytes;
+        memset(blocks.back(), static_cast<uint8_t>(bytes % 255 + 1), bytes);
+    }
+    for (size_t bytes = 1; bytes < 2000; ++bytes) {
+        EXPECT_EQ(blocks[bytes][0], bytes % 255 + 1);
+        EXPECT_EQ(blocks[bytes][bytes - 1], bytes % 255 + 1);
+    }
+    for (size_t bytes = 0; bytes < 2000; bytes += 3) platform_heap_free(heap, blocks[bytes]);
+    for (size_t bytes = 0; bytes < 2000; bytes += 3) {
+        void *block = platform_heap_allocate(heap, bytes);
+        ASSERT_NE(block, nullptr);
+        EXPECT_TRUE(is_zero(block, bytes)) << bytes;
+    }
+    for (size_t bytes = 1; bytes < 2000; bytes += 3) EXPECT_EQ(blocks[bytes][bytes - 1], bytes % 255 + 1);
+}
+
 TEST_F(PlatformHeap, DestroyingReleasesWhatIsLeft) // a checker of leaks sees it
 {
     for (int i = 0; i < 1000; ++i) ASSERT_NE(platform_heap_allocate(heap, 100), nullptr);
@@ -80,6 +102,7 @@ TEST_F(PlatformHeap, MoreThanThereIsGivesNull)
 {
     EXPECT_EQ(platform_heap_allocate(heap, SIZE_MAX), nullptr);
     EXPECT_EQ(platform_heap_allocate(heap, SIZE_MAX - 15), nullptr);
+    EXPECT_EQ(platform_heap_allocate(heap, SIZE_MAX - 31), nullptr);
     EXPECT_NE(platform_heap_allocate(heap, 1), nullptr);
 }
 

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "tests/support/capture.h"
+#include "tests/support/medium.h"
+#include "volume/catalogue_inner.h"
 #include "volume/navigate.h"
 
 using namespace tests;
@@ -127,4 +129,31 @@ TEST(Match, Hazard_G9_IsTracedWithItsFirstPattern)
     EXPECT_TRUE(
         contains(log.text(), "Trace: match_filespec(filespec=\"abc\", filename=\"NAME\", extension=\"DATA\")\n"))
         << log.text();
+}
+
+TEST(Match, VisitWithoutPatternsTakesEachEntryAndTracesItAsAnyOther)
+{
+    FileInfo second = named("SECOND", "TEXT");
+    FileInfo first = named("FIRST");
+    first.next = &second;
+    MediaDescriptor md = {};
+    md.root = &first;
+    const auto note = [](void *context, const MediaDescriptor *, const FileInfo *info) {
+        static_cast<std::vector<std::string> *>(context)->emplace_back(info->name);
+    };
+    const char *const nothing[] = {nullptr};
+    for (const char *const *filespec :
+         {static_cast<const char *const *>(nullptr), static_cast<const char *const *>(nothing)}) {
+        for (const int32_t level : {0, 3}) {
+            const LogCapture log(level);
+            std::vector<std::string> visited;
+            EXPECT_EQ(visit_matching(&md, filespec, note, &visited), 2u);
+            EXPECT_EQ(visited, (std::vector<std::string>{"FIRST", "SECOND"}));
+            EXPECT_EQ(log.text(),
+                      level < 3
+                          ? ""
+                          : "Trace: match_filespec(filespec=\"(null)\", filename=\"FIRST\", extension=\"ASCII\")\n"
+                            "Trace: match_filespec(filespec=\"(null)\", filename=\"SECOND\", extension=\"TEXT\")\n");
+        }
+    }
 }

@@ -101,9 +101,7 @@ void complete_protection(FileInfo *info)
 
 void complete_lif(FileInfo *info)
 {
-    char text[type_text_size];
-    type_text(info, text);
-    bool bdat = std::strcmp(text, "BDAT") == 0;
+    bool bdat = std::memcmp(info->type_string, "BDAT", sizeof "BDAT") == 0;
     const char *system = find_type_name(LIF_system, info->type >> 8);
     // Kept: the system text continues a type text of six or more.  [KeepsTypeTextRunningOnIntoSystemText]
     set_system_text(info, system == nullptr ? "98X6" : system);
