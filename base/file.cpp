@@ -18,6 +18,7 @@ constexpr FileCalls system_file_calls;
 
 constinit const FileCalls *file_calls = &system_file_calls;
 constinit uint64_t file_generation = 0;
+constinit uint64_t unkept_file = 0;
 
 constinit FileHandle FileVoid = platform_void_file;
 constinit FileHandle Stdin = 0;
@@ -116,6 +117,17 @@ int32_t file_open(FileHandle *ret_file, const char *filename, const char *flags,
     set_error(300, "%s", text);
     *ret_file = platform_void_file;
     return 0;
+}
+
+bool file_open_new(FileHandle *ret_file, const char *path)
+{
+    log_file(3, "file_open_new(ret_file=%lu, filename=\"%s\")\n", log_pointer(ret_file), log_text(path));
+    if (file_calls->open(ret_file, path, false, true, OpenMode::create_new, false)) return true;
+    char text[error_text_size];
+    get_win_error(text, sizeof(text));
+    set_error(300, "%s", text);
+    *ret_file = platform_void_file;
+    return false;
 }
 
 void file_close(FileHandle file)

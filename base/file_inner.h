@@ -17,6 +17,7 @@ struct FileCalls {
     bool (*sync)(PlatformFile file) = platform_sync;
     bool (*size)(PlatformFile file, uint64_t *ret_bytes) = platform_size;
     bool (*open_alone)(PlatformFile *ret_file, const char *path) = platform_open_alone;
+    bool (*facts)(PlatformFile file, FileFacts *ret_facts) = platform_facts;
     bool (*set_times)(PlatformFile file, int64_t time) = platform_set_times;
 };
 
@@ -26,4 +27,14 @@ extern const FileCalls *file_calls; // never null; what every file_* function us
 // that whoever keeps bytes of a file knows when to read them again.
 extern uint64_t file_generation;
 
+// A file of which nobody keeps bytes: what is written to it doesn't count. 0: there is none.
+extern uint64_t unkept_file;
+
 bool file_size_in_bytes(uint64_t file, uint64_t *ret_bytes); // the whole 64-bit size; sets no error
+
+// Makes a file for writing where there is none of that name. False, with error 300 and the system's words.
+bool file_open_new(uint64_t *ret_file, const char *path);
+
+struct TimeRecord;
+bool file_time_of(const FileFacts &facts, TimeRecord *ret_time); // file_get_time from what is known; false for no date
+bool file_set_open_time(uint64_t file, const TimeRecord *time);  // file_set_time for an open file; error 311

@@ -131,6 +131,24 @@ int32_t file_set_time(const char *filename, const TimeRecord *time)
     return 0;
 }
 
+bool file_set_open_time(FileHandle file, const TimeRecord *time)
+{
+    const SystemTime local = system_time_of(*time);
+    int64_t file_time = 0;
+    if (platform_file_time(&local, &file_time) && file_calls->set_times(file, file_time)) return true;
+    system_failure(311);
+    return false;
+}
+
+bool file_time_of(const FileFacts &facts, TimeRecord *ret_time)
+{
+    SystemTime local;
+    bool daylight = false;
+    if (!platform_local_file_time(facts.written, &local, &daylight)) return false;
+    *ret_time = time_record_of(local, daylight);
+    return true;
+}
+
 int32_t file_get_time(FileHandle file, TimeRecord *ret_time)
 {
     log_file(3, "file_get_time(file=%lu, ret_time=%lu)\n", log_handle(file), log_pointer(ret_time));

@@ -52,7 +52,7 @@ int32_t read_here(FileHandle file, void *buffer, uint32_t bytes)
 
 int32_t write_here(FileHandle file, const void *buffer, uint32_t bytes)
 {
-    ++file_generation;
+    if (file != unkept_file) ++file_generation;
     const int64_t count = file_calls->write(file, buffer, std::min(bytes, most_bytes));
     if (count < 0) set_error(303, "");
     return static_cast<int32_t>(count);

@@ -22,9 +22,22 @@ size_t platform_error_text(uint32_t code, char *text, size_t size);
 using PlatformFile = uint64_t; // POSIX: the descriptor plus one; Windows: the handle. 0 is no file
 constexpr PlatformFile platform_void_file = ~uint64_t{0};
 
-enum class OpenMode : uint8_t { existing, create_always, open_or_create };
+enum class OpenMode : uint8_t { existing, create_always, open_or_create, create_new };
 enum class SeekFrom : uint8_t { start, current, end };
 enum class StandardFile : uint8_t { input, output, error };
+
+struct FileIdentity { // the same for two handles means the same file, whatever it is called
+    uint64_t volume = 0;
+    uint64_t number = 0;
+    bool operator==(const FileIdentity &) const = default;
+};
+
+struct FileFacts {
+    FileIdentity identity;
+    uint64_t bytes = 0;  // of a plain file
+    bool plain = false;  // it has a size and positions
+    int64_t written = 0; // when, in units of 100 ns since 1601
+};
 
 // Opens for sharing with other readers and writers; the handle isn't inherited. A directory is refused.
 bool platform_open(PlatformFile *ret_file, const char *path, bool reading, bool writing, OpenMode mode,
@@ -36,6 +49,7 @@ int64_t platform_write(PlatformFile file, const void *buffer, uint32_t bytes); /
 bool platform_set_end(PlatformFile file);                                      // at the present position
 bool platform_sync(PlatformFile file);
 bool platform_size(PlatformFile file, uint64_t *ret_bytes);
+bool platform_facts(PlatformFile file, FileFacts *ret_facts);
 PlatformFile platform_standard_file(StandardFile which);
 bool platform_is_terminal(PlatformFile file);
 bool platform_delete(const char *path);
@@ -44,11 +58,15 @@ bool platform_create_directory(const char *path);
 bool platform_temporary_file(char *ret_path, size_t size); // makes a new empty file; prefix "TRV$$"
 bool platform_program_path(char *ret_path, size_t size);   // the program's file, in full
 bool platform_is_separator(char character);                // divides the components of a host path
+bool platform_is_directory(const char *path);              // through links
+bool platform_is_plain_file(const char *path);             // through no link at the name itself
+bool platform_is_reserved_name(const char *name);          // means a device or another folder, or can't be a file's
 // Opens an existing file for writing, shared with nobody where the system knows that.
 bool platform_open_alone(PlatformFile *ret_file, const char *path);
 bool platform_file_time(const SystemTime *local, int64_t *ret_time); // the system's own count; false for no date
 bool platform_set_times(PlatformFile file, int64_t time);            // creation, access and write time
 bool platform_get_file_time(PlatformFile file, SystemTime *ret_local, bool *ret_daylight);
+bool platform_local_file_time(int64_t time, SystemTime *ret_local, bool *ret_daylight); // false for no date
 
 // ---- wide and ANSI file calls --------------------------------------------------------------------------
 // Names are what the system wants, already lengthened where they must be. Results are the system's own:

@@ -25,7 +25,8 @@ bool may_change(int32_t without_medium, const char *sdf_message, int32_t *ret_re
     }
     // Rewriting a directory that wasn't read whole would take the rest of its files off the medium.
     const MediaState *state = plugin.medium->state;
-    if (state == nullptr || (state->table_result == 0 && state->refused_entries == 0)) return true;
+    if (state == nullptr) return true;
+    if (state->table_result == 0 && state->refused_entries == 0 && !state->only_searched) return true;
     set_error(unreadable_medium, "directory not read whole, nothing is changed");
     plugin_report_error();
     *ret_result = without_medium;

@@ -1,6 +1,6 @@
 // Files out of a medium and into it.
-#include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "base/convert.h"
 #include "base/error.h"
@@ -11,14 +11,15 @@
 #include "plugin/checks.h"
 #include "plugin/entry_log.h"
 #include "plugin/state.h"
-#include "volume/extract.h"
-#include "volume/insert.h"
+#include "volume/extract_inner.h"
+#include "volume/insert_inner.h"
 #include "volume/navigate.h"
 #include "volume/operations.h"
 #include "volume/type_text.h"
 
 namespace
 {
+constexpr uint32_t out_of_memory = 105;
 constexpr uint32_t target_exists = 210;
 constexpr uint32_t default_record_len = 128;
 
@@ -70,8 +71,46 @@ uint16_t insertion_flags(int32_t copy_flags, const char *local_name)
 int32_t transfer_failure(bool tell_existing)
 {
     bool exists = global_error == target_exists;
+    // Kept: of a target that exists only a copy out tells by words too.  [KeepsWordsForExistingTargetOutwardOnly]
     if (!exists || tell_existing) plugin_report_error();
     return exists ? FILE_EXISTS : FILE_READ_FAILED;
+}
+
+// The two ways into the engine, with the log line of the exported function and nothing thrown beyond here.
+
+Extraction copy_out(const FileInfo *info, const char *local_name, uint16_t flags)
+{
+    MediaDescriptor *md = plugin.medium;
+    log_file(3,
+             "image_extract_file(md=%lu, info=%lu, destination=\"%s\", to_file=\"%s\", ret_filename=%lu, flags=%X, "
+             "progress=%lu)\n",
+             log_pointer(md), log_pointer(info), log_text(nullptr), local_name, log_pointer(nullptr),
+             static_cast<unsigned>(flags), log_callback(my_progress));
+    try {
+        return extract_file(md, info, {.to_file = local_name, .flags = flags, .progress = my_progress});
+    } catch (const std::bad_alloc &) {
+        set_error(out_of_memory, "");
+        return {};
+    }
+}
+
+Insertion copy_in(FileInfo *info, const char *local_name, uint16_t flags)
+{
+    MediaDescriptor *md = plugin.medium;
+    log_file(3, "image_add_file(md=%lu, new_file=%lu, from_filename=\"%s\", flags=%X, progress=%lu)\n", log_pointer(md),
+             log_pointer(info), local_name, static_cast<unsigned>(flags), log_callback(my_progress));
+    try {
+        return insert_file(md, info, {.name = local_name, .flags = flags, .progress = my_progress});
+    } catch (const std::bad_alloc &) {
+        set_error(out_of_memory, "");
+        return {};
+    }
+}
+
+// Whether the original of a move may go: not when the host has but a part of it, nor once the user wanted to stop.
+bool original_may_go(int32_t copy_flags, bool whole)
+{
+    return (copy_flags & COPY_MOVE) != 0 && whole && !plugin.aborted;
 }
 } // namespace
 
@@ -85,8 +124,7 @@ int32_t FsGetFile(const char *remote_name, char *local_name, int32_t copy_flags,
         return FILE_READ_FAILED;
     }
     int32_t refused = 0;
-    bool moving = (copy_flags & COPY_MOVE) != 0;
-    if (moving &&
+    if ((copy_flags & COPY_MOVE) != 0 &&
         !may_change(FILE_READ_FAILED, "File delete within SDF file system is currently not supported.", &refused)) {
         return refused;
     }
@@ -98,16 +136,11 @@ int32_t FsGetFile(const char *remote_name, char *local_name, int32_t copy_flags,
     FileInfo *info = find_by_visible_name(directory, last_component(remote_name));
     if (info == nullptr) return FILE_NOT_FOUND;
     begin_progress(remote_name, local_name);
-    MediaDescriptor *md = plugin.medium;
-    uint16_t flags = extraction_flags(copy_flags, local_name);
-    if (image_extract_file(md, info, nullptr, local_name, nullptr, flags, my_progress) < 0) {
-        return transfer_failure(true);
-    }
-    // A host that stopped the copy has got a part of the file: the original stays.
-    bool stopped = plugin.aborted;
+    const Extraction extraction = copy_out(info, local_name, extraction_flags(copy_flags, local_name));
+    if (extraction.result < 0) return transfer_failure(true);
     my_progress(nullptr, 0, 100);
-    if (!moving || stopped) return FILE_OK;
-    image_delete_file(md, info, 0);
+    if (!original_may_go(copy_flags, extraction.whole)) return FILE_OK;
+    image_delete_file(plugin.medium, info, 0);
     return write_tables() ? FILE_OK : FILE_READ_FAILED;
 }
 
@@ -127,12 +160,13 @@ int32_t FsPutFile(char *local_name, const char *remote_name, int32_t copy_flags)
     set_system_text(&info, plugin.system_string);
     begin_progress(local_name, remote_name);
     uint16_t flags = insertion_flags(copy_flags, local_name);
-    if (image_add_file(plugin.medium, &info, local_name, flags, my_progress) < 0) return transfer_failure(false);
-    bool stopped = plugin.aborted;
+    // Kept: the file keeps its local name, whatever the remote one says.  [KeepsLocalNameOfACopyIn]
+    const Insertion insertion = copy_in(&info, local_name, flags);
+    if (insertion.result < 0) return transfer_failure(false);
     my_progress(nullptr, 0, 100);
     if ((flags & INSERT_FORCE) != 0) plugin.temporary_name[0] = '\0';
     // The local file goes once the tables that name its copy are written.
     if (!write_tables()) return FILE_READ_FAILED;
-    if ((copy_flags & COPY_MOVE) != 0 && !stopped && file_delete(local_name) < 0) plugin_report_error();
+    if (original_may_go(copy_flags, insertion.whole) && file_delete(local_name) < 0) plugin_report_error();
     return FILE_OK;
 }

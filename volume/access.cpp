@@ -2,6 +2,7 @@
 // from its own row.
 #include "volume/access.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "base/error.h"
@@ -56,6 +57,43 @@ uint64_t end_record(MediaDescriptor *md)
     const MediumAccess *access = medium_access(md);
     if (access == nullptr || access->end_record == nullptr) return 0;
     return access->end_record(md);
+}
+
+int32_t open_stream(MediumStream *ret_stream, MediaDescriptor *md, uint32_t first, uint32_t records, bool writing)
+{
+    *ret_stream = {.md = md, .first = first, .records = records, .writing = writing};
+    const MediumAccess *access = medium_access(md);
+    if (access == nullptr) return -1;
+    return access->open_stream == nullptr ? 0 : access->open_stream(ret_stream);
+}
+
+int32_t read_stream(MediumStream *stream, uint8_t *buffer, uint32_t records)
+{
+    const MediumAccess *access = medium_access(stream->md);
+    if (access == nullptr || access->read_stream == nullptr) return -1;
+    records = std::min(records, stream->records - stream->next);
+    if (records == 0) return 0;
+    const int32_t count = access->read_stream(stream, buffer, records);
+    if (count > 0) stream->next += static_cast<uint32_t>(count);
+    return count;
+}
+
+uint32_t write_stream(MediumStream *stream, const uint8_t *buffer, uint32_t records)
+{
+    const MediumAccess *access = medium_access(stream->md);
+    if (access == nullptr || access->write_stream == nullptr) return 0;
+    const bool ends = stream->next + records == stream->records;
+    const int32_t count = access->write_stream(stream, buffer, records, ends);
+    const uint32_t done = count > 0 ? static_cast<uint32_t>(count) : 0;
+    stream->next += done;
+    return done;
+}
+
+int32_t close_stream(MediumStream *stream)
+{
+    const MediumAccess *access = medium_access(stream->md);
+    if (access == nullptr) return -1;
+    return access->close_stream == nullptr ? 0 : access->close_stream(stream);
 }
 
 void refresh_medium(MediaDescriptor *md)

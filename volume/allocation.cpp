@@ -12,9 +12,11 @@
 #include "base/log_pointer.h"
 #include "base/memory.h"
 #include "volume/access.h"
+#include "volume/allocation_inner.h"
 #include "volume/format.h"
 #include "volume/list.h"
 #include "volume/region.h"
+#include "volume/survey.h"
 
 namespace
 {
@@ -155,21 +157,10 @@ uint16_t allocate_run(MediaDescriptor *md, uint32_t size)
     return location;
 }
 
-// The first record behind a file, by its logical records: damaged entries may give any figure. Those of a BDAT file
-// leave its header record out, so that what the directory says of its size counts too.
-uint64_t end_of_file(const FileInfo *info)
-{
-    uint64_t records = ((uint64_t{info->records} * info->record_len + 128) * 2 - 1) / RECORD_SIZE;
-    return info->location + std::max(records, file_region(info).length);
-}
-
-uint16_t allocate_behind_files(const MediaDescriptor *md, uint32_t size)
+uint16_t allocate_behind_files(const MediaDescriptor *md, uint32_t size, uint64_t end)
 {
     // The stored start of the file area is a sum of two figures of the header and may have wrapped.
-    uint64_t position = std::max<uint64_t>(md->file_area_start, uint64_t{md->dir_start} + md->dir_size);
-    for (const FileInfo *info = md->root; info != nullptr; info = info->next) {
-        position = std::max(position, end_of_file(info));
-    }
+    uint64_t position = std::max({uint64_t{md->file_area_start}, uint64_t{md->dir_start} + md->dir_size, end});
     if (position > largest_position) return 0;
     if (md->records != 0 && position + size > md->records) return 0;
     return static_cast<uint16_t>(position);
@@ -215,11 +206,27 @@ int32_t update_alloc_table(MediaDescriptor *md, int32_t use_spare)
     return 0;
 }
 
-uint16_t image_allocate(MediaDescriptor *md, uint32_t size)
+// The first record behind a file, by its logical records: damaged entries may give any figure. Those of a BDAT file
+// leave its header record out, so that what the directory says of its size counts too.
+uint64_t end_of_file(const FileInfo *info)
+{
+    uint64_t records = ((uint64_t{info->records} * info->record_len + 128) * 2 - 1) / RECORD_SIZE;
+    return info->location + std::max(records, file_region(info).length);
+}
+
+uint16_t allocate_records(MediaDescriptor *md, uint32_t size, uint64_t end)
 {
     log_file(3, "image_allocate(md=%lu, size=%u)\n", log_pointer(md), static_cast<unsigned>(size));
     if (size > largest_run) return 0;
-    return volume_format(md->format).has_allocation_table ? allocate_run(md, size) : allocate_behind_files(md, size);
+    if (volume_format(md->format).has_allocation_table) return allocate_run(md, size);
+    return allocate_behind_files(md, size, end);
+}
+
+uint16_t image_allocate(MediaDescriptor *md, uint32_t size)
+{
+    ListSurvey survey;
+    survey_list(md, &survey);
+    return allocate_records(md, size, survey.end);
 }
 
 void image_free_allocation(MediaDescriptor *md, uint32_t location, uint32_t size)

@@ -128,30 +128,42 @@ int32_t open_image(MediaDescriptor *md, const OpenOrder &order)
         md->file = platform_void_file;
         return -1;
     }
+    FileFacts facts;
+    if (file_calls->facts(md->file, &facts)) md->state->identity = facts.identity;
     print_image_facts(md, order.flags);
     return 0;
 }
 
 // What is known of the file holds until anything is written.
-void learn_size(MediaDescriptor *md)
+bool learn_size(MediaDescriptor *md)
 {
     MediaState *state = md->state;
     state->window_length = 0;
-    state->window_generation = file_generation;
-    if (!file_size_in_bytes(md->file, &state->bytes)) state->bytes = 0;
-    state->bytes = std::min(state->bytes, addressable_bytes);
+    const bool known = file_size_in_bytes(md->file, &state->bytes);
+    state->window_generation = known ? file_generation : nothing_known;
+    state->bytes = known ? std::min(state->bytes, addressable_bytes) : 0;
+    return known;
+}
+
+// The first record wholly behind the end of the image; false when its size can't be had.
+bool find_end(MediaDescriptor *md, uint64_t *ret_record)
+{
+    uint64_t bytes = 0;
+    bool known = true;
+    if (md->state == nullptr) {
+        known = file_size_in_bytes(md->file, &bytes);
+    } else {
+        if (md->state->window_generation != file_generation) known = learn_size(md);
+        bytes = md->state->bytes;
+    }
+    *ret_record = (std::min(bytes, addressable_bytes) + RECORD_SIZE - 1) / RECORD_SIZE;
+    return known;
 }
 
 uint64_t image_end_record(MediaDescriptor *md)
 {
-    uint64_t bytes = 0;
-    if (md->state != nullptr) {
-        if (md->state->window_generation != file_generation) learn_size(md);
-        bytes = md->state->bytes;
-    } else if (!file_size_in_bytes(md->file, &bytes)) {
-        return 0;
-    }
-    return (std::min(bytes, addressable_bytes) + RECORD_SIZE - 1) / RECORD_SIZE;
+    uint64_t record = 0;
+    return find_end(md, &record) ? record : 0;
 }
 
 // False when the window can't be read; a record in it may still be readable alone.
@@ -170,8 +182,10 @@ bool fill_window(MediaDescriptor *md, uint64_t position)
 
 int32_t image_read_record(MediaDescriptor *md, uint32_t record, uint8_t *buffer)
 {
-    if (record >= image_end_record(md)) return 0; // behind the end everything is zero
-    MediaState *state = md->state;
+    uint64_t end = 0;
+    const bool known = find_end(md, &end);
+    if (known && record >= end) return 0; // behind the end everything is zero
+    MediaState *state = known ? md->state : nullptr;
     if (state == nullptr) return file_readrecord(md->file, record, RECORD_SIZE, buffer) < 0 ? -1 : 0;
     uint64_t position = uint64_t{record} * RECORD_SIZE;
     bool held = position >= state->window_start && position < state->window_start + state->window_length;
@@ -194,6 +208,88 @@ int32_t image_write_record(MediaDescriptor *md, uint32_t record, const uint8_t *
     return file_writerecord(md->file, record, RECORD_SIZE, buffer);
 }
 
+// ---- streams: the records of one file -----------------------------------------------------------------------
+
+constexpr uint32_t most_missing_records = 65535; // behind the end of an image that are handed over as zeros
+
+bool place(MediumStream *stream)
+{
+    if (stream->placed) return true;
+    uint64_t position = (uint64_t{stream->first} + stream->next) * RECORD_SIZE;
+    return file_seek(stream->md->file, static_cast<uint32_t>(position)) == 1;
+}
+
+// A trimmed image has lost its last records; an entry that claims much more than that is damaged.
+int32_t missing_records(MediumStream *stream, uint8_t *buffer, uint32_t records)
+{
+    uint32_t count = std::min(records, most_missing_records - stream->missing);
+    if (count == 0) {
+        set_error(302, "");
+        return -1;
+    }
+    std::memset(buffer, 0, size_t{count} * RECORD_SIZE);
+    stream->missing += count;
+    return static_cast<int32_t>(count);
+}
+
+// As the window does: what can't be read together may still be readable one by one.
+int32_t read_alone(MediumStream *stream, uint8_t *buffer)
+{
+    stream->placed = false;
+    std::memset(buffer, 0, RECORD_SIZE);
+    uint32_t record = stream->first + stream->next;
+    return file_readrecord(stream->md->file, record, RECORD_SIZE, buffer) < 0 ? -1 : 1;
+}
+
+// Small files come through the window, which then holds their neighbours as well.
+int32_t read_through_window(MediumStream *stream, uint8_t *buffer, uint32_t records)
+{
+    std::memset(buffer, 0, size_t{records} * RECORD_SIZE);
+    for (uint32_t index = 0; index < records; index++) {
+        uint32_t record = stream->first + stream->next + index;
+        if (image_read_record(stream->md, record, buffer + size_t{index} * RECORD_SIZE) == 0) continue;
+        return index == 0 ? -1 : static_cast<int32_t>(index); // the next call meets it again
+    }
+    return static_cast<int32_t>(records);
+}
+
+int32_t image_read_stream(MediumStream *stream, uint8_t *buffer, uint32_t records)
+{
+    uint64_t position = uint64_t{stream->first} + stream->next;
+    uint64_t end = 0;
+    if (!find_end(stream->md, &end)) {
+        set_error(302, "");
+        return -1;
+    }
+    if (position >= end) return missing_records(stream, buffer, records);
+    records = static_cast<uint32_t>(std::min<uint64_t>(records, end - position));
+    if (stream->records <= window_bytes / RECORD_SIZE) return read_through_window(stream, buffer, records);
+    if (!place(stream)) return read_alone(stream, buffer);
+    uint32_t wanted = records * RECORD_SIZE;
+    int32_t bytes = file_read(stream->md->file, buffer, wanted);
+    if (bytes < 0) return read_alone(stream, buffer);
+    auto length = static_cast<uint32_t>(bytes);
+    stream->placed = stream->alone && length == wanted;
+    std::memset(buffer + length, 0, wanted - length);
+    return static_cast<int32_t>(records);
+}
+
+int32_t image_write_stream(MediumStream *stream, const uint8_t *buffer, uint32_t records, bool)
+{
+    uint64_t position = uint64_t{stream->first} + stream->next;
+    if ((position + records) * RECORD_SIZE > addressable_bytes) {
+        set_error(303, "");
+        return -1;
+    }
+    if (!place(stream)) return -1;
+    uint32_t wanted = records * RECORD_SIZE;
+    int32_t bytes = file_write(stream->md->file, buffer, wanted);
+    stream->placed = stream->alone && bytes == static_cast<int32_t>(wanted);
+    if (bytes == static_cast<int32_t>(wanted)) return static_cast<int32_t>(records);
+    set_error(303, "");
+    return bytes < 0 ? -1 : bytes / RECORD_SIZE;
+}
+
 void image_refresh(MediaDescriptor *md)
 {
     if (md->state != nullptr) md->state->window_generation = nothing_known;
@@ -210,8 +306,18 @@ const MediumAccess image_access = {
     .open = open_image,
     .read_record = image_read_record,
     .write_record = image_write_record,
+    .read_stream = image_read_stream,
+    .write_stream = image_write_stream,
     .end_record = image_end_record,
     .refresh = image_refresh,
     .close = image_close_file,
     .clears_rest_of_directory = true,
 };
+
+bool is_image_file(const MediaDescriptor *md, const FileFacts &facts)
+{
+    if (md->access != ACCESS_IMAGE || !facts.plain) return false;
+    if (md->state != nullptr) return facts.identity == md->state->identity;
+    FileFacts image;
+    return file_calls->facts(md->file, &image) && facts.identity == image.identity;
+}

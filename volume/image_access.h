@@ -4,3 +4,6 @@
 #include "volume/access.h"
 
 extern const MediumAccess image_access;
+
+// Whether an open file of the host is the image file of a medium.
+bool is_image_file(const MediaDescriptor *md, const FileFacts &facts);

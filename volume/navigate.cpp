@@ -89,14 +89,41 @@ bool follow(PathWalk *walk, FileInfo *list, const char *path, FileInfo **ret_inf
     return false;
 }
 
-bool is_match(const MediaDescriptor *md, const FileInfo *info, const char *filename, const char *type)
+struct Wanted {
+    const char *name;
+    size_t length;    // of the name
+    const char *type; // null: any
+    bool recursive;
+};
+
+// Names of one directory differ in their lengths or at their ends more often than at their beginnings.
+bool has_name(const FileInfo *info, const Wanted &wanted)
 {
-    if (std::strcmp(info->name, filename) != 0) return false;
-    if (info->deleted != 0 && md->show_purged == 0) return false;
-    if (type == nullptr) return true;
+    if (wanted.length >= sizeof info->name || info->name[wanted.length] != '\0') return false;
+    if (wanted.length != 0 && info->name[wanted.length - 1] != wanted.name[wanted.length - 1]) return false;
+    return std::strcmp(info->name, wanted.name) == 0;
+}
+
+bool is_match(const MediaDescriptor *md, const FileInfo *info, const Wanted &wanted)
+{
+    if (!has_name(info, wanted) || (info->deleted != 0 && md->show_purged == 0)) return false;
+    if (wanted.type == nullptr) return true;
     char text[type_text_size];
     type_text(info, text);
-    return std::strcmp(text, type) == 0;
+    return std::strcmp(text, wanted.type) == 0;
+}
+
+FileInfo *find(const MediaDescriptor *md, FileInfo *list, const Wanted &wanted)
+{
+    for (FileInfo *info = list; info != nullptr; info = info->next) {
+        if (wanted.recursive && info->is_directory != 0) {
+            FileInfo *found = find(md, info->child, wanted);
+            if (found != nullptr) return found;
+        } else if (is_match(md, info, wanted)) {
+            return info;
+        }
+    }
+    return nullptr;
 }
 
 bool arguments_missing(const MediaDescriptor *md, const char *filename)
@@ -166,15 +193,7 @@ FileInfo *image_find_in_dir(MediaDescriptor *md, FileInfo *directory, const char
                             int32_t recursive)
 {
     if (md == nullptr || directory == nullptr || filename == nullptr) return nullptr;
-    for (FileInfo *info = directory; info != nullptr; info = info->next) {
-        if (info->is_directory != 0 && recursive != 0) {
-            FileInfo *found = image_find_in_dir(md, info->child, filename, type, 1);
-            if (found != nullptr) return found;
-        } else if (is_match(md, info, filename, type)) {
-            return info;
-        }
-    }
-    return nullptr;
+    return find(md, directory, {filename, std::strlen(filename), type, recursive != 0});
 }
 
 FileInfo *image_find_file(MediaDescriptor *md, FileInfo *directory, const char *filename, int32_t recursive)

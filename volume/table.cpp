@@ -147,7 +147,10 @@ int32_t get_file_table(MediaDescriptor *md, const char *path, FileInfo *director
     walk.searching = path != nullptr && path[0] != '\0';
     walk.start = use_spare != 0 ? md->spare_dir_start : md->dir_start;
     refresh_medium(md);
-    if (directory == nullptr && md->state != nullptr) md->state->refused_entries = 0;
+    if (directory == nullptr && md->state != nullptr) {
+        md->state->refused_entries = 0;
+        md->state->only_searched = walk.searching;
+    }
     Step step = md->dir_entry_size == 0 ? Step::end : read_records(&walk);
     // Kept: a path only serves to test; it lists nothing.  [KeepsPathSearchListingNothing]
     if (walk.searching && step != Step::failed) {

@@ -30,6 +30,7 @@ int mode_flags(OpenMode mode)
     switch (mode) {
     case OpenMode::create_always: return O_CREAT | O_TRUNC;
     case OpenMode::open_or_create: return O_CREAT;
+    case OpenMode::create_new: return O_CREAT | O_EXCL;
     case OpenMode::existing: return 0;
     }
     return 0;
@@ -98,7 +99,8 @@ void close_keeping_error(int descriptor)
 int open_file(const char *path, int flags)
 {
     const int descriptor = open_descriptor(path, flags | O_NONBLOCK, file_permissions);
-    if (descriptor < 0 || accept_descriptor(descriptor, (flags & O_ACCMODE) == O_RDWR)) return descriptor;
+    if (descriptor < 0 || (flags & O_EXCL) != 0) return descriptor; // what was made just now is a file
+    if (accept_descriptor(descriptor, (flags & O_ACCMODE) == O_RDWR)) return descriptor;
     close_keeping_error(descriptor);
     return -1;
 }
@@ -193,6 +195,18 @@ bool platform_size(PlatformFile file, uint64_t *ret_bytes)
         if (size < 0 || lseek(descriptor, position, SEEK_SET) < 0) return false;
     }
     *ret_bytes = static_cast<uint64_t>(size);
+    return true;
+}
+
+bool platform_facts(PlatformFile file, FileFacts *ret_facts)
+{
+    struct stat status;
+    if (fstat(descriptor_of(file), &status) != 0) return false;
+    const bool plain = S_ISREG(status.st_mode);
+    *ret_facts = {{status.st_dev, status.st_ino},
+                  plain ? static_cast<uint64_t>(status.st_size) : 0,
+                  plain,
+                  counts_of(status.st_mtim)};
     return true;
 }
 

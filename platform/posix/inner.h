@@ -8,7 +8,8 @@
 
 #include "platform/platform.h"
 
-bool failed(int code); // makes code the last error; always false
+int64_t counts_of(const timespec &time); // units of 100 ns since 1601; -1 for none
+bool failed(int code);                   // makes code the last error; always false
 
 // What has been made is taken away again; the last error stays. Always false.
 bool fail_without(const char *path, int (*take_away)(const char *));

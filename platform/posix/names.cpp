@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 #include "platform/platform.h"
 #include "platform/posix/inner.h"
@@ -137,4 +138,22 @@ bool platform_program_path(char *ret_path, size_t size)
 bool platform_is_separator(char character)
 {
     return character == '/';
+}
+
+bool platform_is_directory(const char *path)
+{
+    struct stat status;
+    return stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool platform_is_plain_file(const char *path)
+{
+    struct stat status;
+    return lstat(path, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool platform_is_reserved_name(const char *name)
+{
+    const std::string_view text = name;
+    return text.empty() || text == "." || text == "..";
 }

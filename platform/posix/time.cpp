@@ -130,12 +130,27 @@ bool platform_set_times(PlatformFile file, int64_t time)
     return futimens(descriptor_of(file), times.data()) == 0;
 }
 
+int64_t counts_of(const timespec &time)
+{
+    constexpr int64_t last_second = INT64_MAX / counts - seconds_to_1970 - 1;
+    if (time.tv_sec < -seconds_to_1970 || time.tv_sec > last_second) return -1;
+    return (time.tv_sec + seconds_to_1970) * counts + time.tv_nsec / count_nanoseconds;
+}
+
+bool platform_local_file_time(int64_t time, SystemTime *ret_local, bool *ret_daylight)
+{
+    if (time < 0) return failed(EOVERFLOW);
+    const timespec parts = {time / counts - seconds_to_1970, time % counts * count_nanoseconds};
+    if (!break_down(parts, ret_local)) return false;
+    *ret_daylight = daylight_time_is_now();
+    return true;
+}
+
 bool platform_get_file_time(PlatformFile file, SystemTime *ret_local, bool *ret_daylight)
 {
     struct stat status;
-    if (fstat(descriptor_of(file), &status) != 0 || !break_down(status.st_mtim, ret_local)) return false;
-    *ret_daylight = daylight_time_is_now();
-    return true;
+    return fstat(descriptor_of(file), &status) == 0 &&
+           platform_local_file_time(counts_of(status.st_mtim), ret_local, ret_daylight);
 }
 
 bool platform_counter_frequency(int64_t *ret_frequency)

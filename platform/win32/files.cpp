@@ -10,6 +10,7 @@ DWORD disposition(OpenMode mode)
     switch (mode) {
     case OpenMode::create_always: return CREATE_ALWAYS;
     case OpenMode::open_or_create: return OPEN_ALWAYS;
+    case OpenMode::create_new: return CREATE_NEW;
     case OpenMode::existing: return OPEN_EXISTING;
     }
     return OPEN_EXISTING;
@@ -106,6 +107,22 @@ bool platform_size(PlatformFile file, uint64_t *ret_bytes)
     LARGE_INTEGER size;
     if (!GetFileSizeEx(handle_of(file), &size)) return false;
     *ret_bytes = static_cast<uint64_t>(size.QuadPart);
+    return true;
+}
+
+bool platform_facts(PlatformFile file, FileFacts *ret_facts)
+{
+    if (GetFileType(handle_of(file)) != FILE_TYPE_DISK) {
+        *ret_facts = {};
+        return true;
+    }
+    BY_HANDLE_FILE_INFORMATION information;
+    if (!GetFileInformationByHandle(handle_of(file), &information)) return false;
+    *ret_facts = {
+        {information.dwVolumeSerialNumber, uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow},
+        uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow,
+        true,
+        int64_t{information.ftLastWriteTime.dwHighDateTime} << 32 | information.ftLastWriteTime.dwLowDateTime};
     return true;
 }
 

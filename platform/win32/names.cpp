@@ -1,4 +1,10 @@
 // Files by their names: deleting, moving, folders, temporary files, the program's own file.
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <string>
+#include <string_view>
+
 #include "platform/platform.h"
 #include "platform/win32/inner.h"
 
@@ -48,4 +54,32 @@ bool platform_program_path(char *ret_path, size_t size)
 bool platform_is_separator(char character)
 {
     return character == '\\' || character == '/';
+}
+
+bool platform_is_directory(const char *path)
+{
+    const DWORD attributes = GetFileAttributesA(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool platform_is_plain_file(const char *path)
+{
+    constexpr DWORD others = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE | FILE_ATTRIBUTE_REPARSE_POINT;
+    const DWORD attributes = GetFileAttributesA(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & others) == 0;
+}
+
+// The names of devices count with any extension; the system drops dots and blanks at a name's end.
+bool platform_is_reserved_name(const char *name)
+{
+    constexpr std::string_view devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"};
+    constexpr std::string_view numbered[] = {"COM", "LPT"};
+    const std::string_view text = name;
+    if (text.empty() || text.back() == '.' || text.back() == ' ') return true;
+    std::string stem(text.substr(0, text.find('.')));
+    while (!stem.empty() && stem.back() == ' ') stem.pop_back();
+    for (char &character : stem) character = static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
+    if (std::find(std::begin(devices), std::end(devices), stem) != std::end(devices)) return true;
+    if (stem.size() != 4 || stem[3] < '0' || stem[3] > '9') return false;
+    return std::find(std::begin(numbered), std::end(numbered), stem.substr(0, 3)) != std::end(numbered);
 }

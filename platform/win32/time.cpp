@@ -73,9 +73,16 @@ bool platform_set_times(PlatformFile file, int64_t time)
 bool platform_get_file_time(PlatformFile file, SystemTime *ret_local, bool *ret_daylight)
 {
     FILETIME written;
+    if (!GetFileTime(handle_of(file), nullptr, nullptr, &written)) return false;
+    return platform_local_file_time(int64_t{written.dwHighDateTime} << 32 | written.dwLowDateTime, ret_local,
+                                    ret_daylight);
+}
+
+bool platform_local_file_time(int64_t time, SystemTime *ret_local, bool *ret_daylight)
+{
+    const FILETIME written = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
     SYSTEMTIME universal;
     SYSTEMTIME local;
-    if (!GetFileTime(handle_of(file), nullptr, nullptr, &written)) return false;
     if (!FileTimeToSystemTime(&written, &universal)) return false;
     if (!SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local)) return false;
     TIME_ZONE_INFORMATION zone;

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "tests/host/random_calls.h"
+#include "tests/host/random_copies.h"
 #include "tests/host/session.h"
 
 namespace host
@@ -11,11 +12,12 @@ namespace host
 namespace
 {
 
-// answer request yes TARGET | no | fill CHARACTER, answer progress N
+// answer request yes TARGET | no | fill CHARACTER, answer progress N [after CALLS]
 void set_answer(const Words &words)
 {
     if (word(words, 1) == "progress") {
         session.answers.progress = std::stoi(word(words, 2));
+        session.answers.calls_before = words.size() > 4 && words[3] == "after" ? number_of(words[4]) : 0;
         return;
     }
     if (words[1] != "request") throw std::runtime_error("unknown callback");
@@ -66,6 +68,11 @@ void random_calls(const Words &words) // random SEED COUNT
     run_random_calls(number_of(word(words, 1)), number_of(word(words, 2)));
 }
 
+void random_copies(const Words &words) // random-copies SEED COUNT
+{
+    run_random_copies(number_of(word(words, 1)), number_of(word(words, 2)));
+}
+
 void open_files(const Words &)
 {
     const size_t count = count_open_files(session.folder);
@@ -92,8 +99,9 @@ struct ControlCommand {
 };
 
 constexpr ControlCommand commands[] = {
-    {"answer", set_answer},     {"repeat", repeat},           {"random", random_calls},
-    {"open-files", open_files}, {"companion", put_companion}, {"dialog", set_dialog_answer},
+    {"answer", set_answer},           {"repeat", repeat},         {"random", random_calls},
+    {"random-copies", random_copies}, {"open-files", open_files}, {"companion", put_companion},
+    {"dialog", set_dialog_answer},
 };
 
 }

@@ -7,7 +7,8 @@
 # a user would press them: the list of file-system plug-ins, TARVO, and the image's path in the prompt. What its panel
 # then shows comes back as text, by the host's own command that copies the rows of marked files with all columns to the
 # clipboard. With ROWS, a file of such rows, these must be the same. OUT.png is a picture of the window, also of one
-# where something went wrong. Ends with 0 when all of that worked, 77 when a program is missing, 1 otherwise.
+# where something went wrong. Then all files but the first are copied out, and one is copied in: their bytes must stand in
+# the image. Ends with 0 when all of that worked, 77 when a program is missing, 1 otherwise.
 . "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/../checks/common.sh"
 
 # A command and the package that brings it.
@@ -116,6 +117,7 @@ is_closed() { # WINDOW
 }
 
 # ---- the panel -----------------------------------------------------------------------------------------
+# Keys without modifiers: a busy host asks for those when it comes to the key, and then they may be up again.
 
 clipboard() {
     timeout 5 xclip -o -selection clipboard -t UTF8_STRING 2>/dev/null
@@ -129,17 +131,17 @@ clipboard_is_taken() {
 copied_rows() {
     nothing="nothing $RANDOM"
     printf '%s' "$nothing" | xclip -i -selection clipboard >/dev/null 2>&1
-    xdotool key ctrl+F3
+    xdotool key F12
     wait_for 2 clipboard_is_taken && clipboard
 }
 
 panel_rows() {
-    xdotool key ctrl+F2
+    xdotool key F11
     copied_rows
 }
 
 shows_the_plugin() {
-    xdotool key ctrl+F1
+    xdotool key F9
     case $(panel_rows) in
     TARVO*) ;;
     *) false ;;
@@ -160,7 +162,7 @@ open_message() {
 
 # The cursor on the first file, and nothing marked.
 shows_no_marks() {
-    xdotool key ctrl+F4 Home Down
+    xdotool key F7 Home Down
     [ "$(copied_rows)" = "${rows%%$'\n'*}" ]
 }
 
@@ -177,6 +179,89 @@ stands_still() { # WINDOW
     cmp -s "$work/before.png" "$work/after.png" && return
     mv "$work/after.png" "$work/before.png"
     return 1
+}
+
+# ---- copies --------------------------------------------------------------------------------------------
+
+# Whether a file's bytes stand in an image, from the begin of one of its records on.
+stands_in() { # FILE IMAGE
+    local bytes record
+    bytes=$(stat -c %s "$1") || return 1
+    for ((record = 0; record * 256 + bytes <= $(stat -c %s "$2"); record++)); do
+        cmp -s -n "$bytes" -i "0:$((record * 256))" "$1" "$2" && return
+    done
+    return 1
+}
+
+sum() {
+    awk '{ sum += $1 } END { print sum + 0 }'
+}
+
+copies() {
+    find "$work/home" -maxdepth 1 -type f ! -name tarvo.wfx ! -name volume.lif "$@"
+}
+
+has_copies() { # COUNT BYTES
+    [ "$(copies | wc -l)" -eq "$1" ] && [ "$(copies -printf '%s\n' | sum)" -eq "$2" ]
+}
+
+# Files under the cursor, or those marked, go to the other panel.
+copy_to_other_panel() {
+    xdotool key F5
+    wait_for 20 has_focus '^Copy' || fail 'the host does not ask how to copy'
+    xdotool key Return
+}
+
+# All but the first, which has no date: the host's copy ends behind such a file.
+marks_for_copy() {
+    xdotool key F11 Home Down Insert
+    [ "$(copied_rows)" = "${rows#*$'\n'}" ]
+}
+
+copy_out() {
+    local file marked bytes
+    marked=${rows#*$'\n'}
+    bytes=$(cut -f 3 <<<"$marked" | tr -cd '0-9\n' | sum)
+    wait_for 20 marks_for_copy || fail 'the files are not marked'
+    copy_to_other_panel
+    wait_for 20 has_copies "$(wc -l <<<"$marked")" "$bytes" || fail "not all files are copied out$(open_message)"
+    wait_for 20 has_focus '^Double Commander' || fail "the copy does not end$(open_message)"
+    while read -r file; do
+        stands_in "$file" "$image" || fail "the copy of ${file##*/} has other bytes than the image"
+    done < <(copies)
+}
+
+first_row_is() { # NAME
+    xdotool key Home Down
+    case $(copied_rows) in
+    "$1"[[:space:]]*) ;;
+    *) false ;;
+    esac
+}
+
+shows_folder() {
+    xdotool key F4
+    first_row_is '[in]'
+}
+
+shows_new_file() {
+    xdotool key F4
+    panel_rows | grep -q '^NEW[[:space:]]*BDAT[[:space:]]*1 024[[:space:]]'
+}
+
+# The other panel shows the folder with the copies; in it a folder with the one file comes first.
+copy_in() {
+    local bytes=1000
+    mkdir "$work/home/in" && head -c "$bytes" /dev/urandom >"$work/home/in/NEW.BDAT" || exit 1
+    xdotool key Tab
+    wait_for 20 shows_folder || fail 'the other panel does not show the folder'
+    xdotool key Return
+    wait_for 20 first_row_is NEW || fail 'the other panel does not show the file that goes in'
+    copy_to_other_panel
+    wait_for 20 stands_in "$work/home/in/NEW.BDAT" "$work/home/volume.lif" || fail "nothing is copied in$(open_message)"
+    wait_for 20 has_focus '^Double Commander' || fail "the copy does not end$(open_message)"
+    xdotool key Tab
+    wait_for 20 shows_new_file || fail 'the panel does not show the file that was copied in'
 }
 
 # ---- the steps -----------------------------------------------------------------------------------------
@@ -238,4 +323,6 @@ printf '%s\n' "$rows"
 [ $# -lt 4 ] || compare_rows "$4" || fail 'the panel shows other rows than expected'
 wait_for 20 shows_no_marks || fail 'the marks stay'
 take_picture || fail 'the window does not come to rest'
+copy_out
+copy_in
 close_host

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <fstream>
 #include <random>
 
 #include "tests/host/session.h"
@@ -19,6 +20,7 @@ namespace
 using tests::Bytes;
 
 std::mt19937_64 numbers;
+bool stopped = false; // an answer to progress was a stop
 
 const char *const targets[] = {
     "sound.lif", "sound.lif", "sound.lif", "files.lif", "hostile0.lif", "hostile1.lif", "hostile2.lif", "hostile3.lif",
@@ -50,6 +52,23 @@ const char *const names[] = {
     "LONGNAME12345.CODE",
 };
 
+// Files of the host: some that come and go, some that are texts, some that can't be.
+const char *const local_names[] = {
+    "out0",
+    "out1",
+    "NOTE.ASCII",
+    "NOTE.ASCII.txt",
+    "ITEMS.DATA.txt",
+    "PAGE.TEXT.txt",
+    "LINES.TXT75.TXT",
+    "temporary~_tc1~ITEMS.DATA",
+    "temporary~_tc1~README.ASCII",
+    "missing_folder~out",
+    "temporary",
+    "sound.lif",
+    "",
+};
+
 const char *const folders[] = {"~", "~", "~", "~", "", "~SUB~", "~.~..~", "~~"};
 
 uint32_t below(uint32_t limit)
@@ -73,7 +92,8 @@ std::string any_path()
 
 std::string any_local_name()
 {
-    return below(2) == 0 ? "out" + std::to_string(below(4)) : "missing_folder/out";
+    const Words words = words_of(any_of(local_names), "");
+    return words.empty() ? "" : words[0];
 }
 
 // Some bytes of header and directory are any bytes, and so are some whole fields.
@@ -86,6 +106,36 @@ Bytes hostile_image()
         tests::set_dword_at(image, 8 + 4 * below(8), static_cast<uint32_t>(numbers()));
     tests::set_word_at(image, 0, 0x8000);
     return image;
+}
+
+// Lines of any length and any characters.
+Bytes any_text()
+{
+    Bytes text;
+    for (uint32_t line = below(20); line > 0; line--) {
+        for (uint32_t i = below(below(4) == 0 ? 1200 : 60); i > 0; i--)
+            text.push_back(static_cast<uint8_t>(below(256)));
+        text.push_back('\n');
+    }
+    return text;
+}
+
+void make_sources()
+{
+    std::filesystem::create_directories(words_of("temporary~_tc1", "")[0]);
+    for (const char *name : local_names) {
+        const std::string path = name;
+        if (path.find('.') == std::string::npos || path.ends_with(".lif")) continue;
+        tests::write_file(words_of(path, "")[0], any_text());
+    }
+}
+
+// With a dialog beside the plug-in that is what is answered.
+void choose_in_dialog()
+{
+    if (std::filesystem::exists(std::filesystem::path("plugin") / session.companion.filename())) {
+        std::ofstream("dialog_answer.txt") << any_of(targets) << '\n' << below(64) << "\nquiet\n";
+    }
 }
 
 void make_images()
@@ -113,6 +163,7 @@ void expect_one_of(std::initializer_list<int32_t> allowed, const char *call, int
 
 void call_find_first()
 {
+    choose_in_dialog();
     const std::string path = below(3) == 0 ? any_path() : words_of("~", "")[0];
     FindDataA record;
     session.handle = session.library.FsFindFirst(path.c_str(), &record);
@@ -144,11 +195,18 @@ void call_get()
     expect_one_of({0, 1, 2, 3, 6}, "FsGetFile", result);
 }
 
+// The file goes when it was moved whole, and at no other time.
 void call_put()
 {
     std::string local = any_local_name();
-    const int32_t result = session.library.FsPutFile(local.data(), any_path().c_str(), static_cast<int32_t>(below(8)));
+    const auto flags = static_cast<int32_t>(below(8));
+    const bool was_there = std::filesystem::exists(local);
+    stopped = false;
+    const int32_t result = session.library.FsPutFile(local.data(), any_path().c_str(), flags);
     expect_one_of({0, 1, 3, 6}, "FsPutFile", result);
+    const bool may_go = result == 0 && (flags & COPY_MOVE) != 0 && !stopped;
+    expect(!was_there || may_go || std::filesystem::exists(local), "FsPutFile: the file is gone and the result",
+           result);
 }
 
 void call_rename()
@@ -188,6 +246,7 @@ void call_execute()
     const std::string name = below(2) == 0 ? words_of("~", "")[0] : any_path();
     const char *const verbs[] = {"properties", "open", ""};
     const char *verb = any_of(verbs);
+    choose_in_dialog();
     const int32_t result = session.library.FsExecuteFile(nullptr, name.c_str(), verb);
     expect(result == (std::strcmp(verb, "properties") == 0 ? 0 : -1), "FsExecuteFile", result);
 }
@@ -233,7 +292,9 @@ Call any_call()
 
 int32_t random_progress()
 {
-    return static_cast<int32_t>(below(2));
+    if (below(4) != 0) return 0;
+    stopped = true;
+    return 1;
 }
 
 int32_t random_request(int32_t kind, char *answer, int32_t size)
@@ -255,7 +316,10 @@ void run_random_calls(uint64_t seed, uint32_t count)
     numbers.seed(seed);
     session.answers.random = true;
     for (uint32_t i = 0; i < count; i++) {
-        if (i % calls_between_images == 0) make_images();
+        if (i % calls_between_images == 0) {
+            make_images();
+            make_sources();
+        }
         any_call()();
     }
     session.library.FsStatusInfo("", 1, 2);

@@ -39,6 +39,13 @@ int32_t fill_answer(char *answer, int32_t size)
     return agreed;
 }
 
+int32_t next_progress_answer()
+{
+    if (session.answers.calls_before == 0) return session.answers.progress;
+    session.answers.calls_before--;
+    return 0;
+}
+
 std::string answer_text()
 {
     switch (session.answers.request) {
@@ -86,11 +93,13 @@ int32_t answer_progress(int32_t number, char *source, char *target, int32_t perc
 {
     if (session.answers.random) return random_progress();
     check_number(number);
+    const int32_t answer = next_progress_answer();
+    if (session.answers.quiet) return answer;
     print("progress " + quoted(visible_path(source, session.folder)) + " -> " +
           quoted(visible_path(target, session.folder)) + " " + std::to_string(percent) +
-          "%: " + std::to_string(session.answers.progress));
+          "%: " + std::to_string(answer));
     flush_output();
-    return session.answers.progress;
+    return answer;
 }
 
 void answer_log(int32_t, int32_t, char *)
@@ -105,6 +114,7 @@ int32_t answer_request(int32_t number, int32_t kind, char *title, char *text, ch
     const std::string line = "request " + std::to_string(kind) + " " + quoted(visible(title)) + " " +
                              quoted(visible_message(text, session.folder));
     if (kind != kind_line) {
+        if (session.answers.quiet) return agreed;
         print(line);
         flush_output();
         return agreed;

@@ -19,7 +19,9 @@ struct Answers {
     Answer request = Answer::no;
     std::string target;
     int32_t progress = 0;
-    bool random = false; // all of them, and nothing is printed
+    uint32_t calls_before = 0; // of progress, which are answered with 0
+    bool random = false;       // all of them, and nothing is printed
+    bool quiet = false;        // progress and messages aren't printed
 };
 
 struct Session {

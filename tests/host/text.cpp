@@ -135,7 +135,7 @@ std::vector<uint8_t> bytes_of(const std::string &hexadecimal)
     return bytes;
 }
 
-uint64_t time_of(const std::string &iso)
+int64_t seconds_of(const std::string &iso)
 {
     int year = 0;
     unsigned month = 0;
@@ -147,14 +147,16 @@ uint64_t time_of(const std::string &iso)
         throw std::runtime_error("no time: " + iso);
     const std::chrono::sys_days date =
         std::chrono::year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day));
-    const int64_t seconds = date.time_since_epoch().count() * 86400 + hour * 3600 + minute * 60 + second;
-    return static_cast<uint64_t>(seconds + seconds_to_1970) * units;
+    return date.time_since_epoch().count() * 86400 + hour * 3600 + minute * 60 + second;
 }
 
-std::string iso_of(uint64_t time)
+uint64_t time_of(const std::string &iso)
 {
-    if (time == 0) return "never";
-    const int64_t seconds = static_cast<int64_t>(time / units) - seconds_to_1970;
+    return static_cast<uint64_t>(seconds_of(iso) + seconds_to_1970) * units;
+}
+
+std::string iso_of_seconds(int64_t seconds)
+{
     const int64_t days = seconds >= 0 ? seconds / 86400 : (seconds - 86399) / 86400;
     const int64_t rest = seconds - days * 86400;
     const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(days))};
@@ -162,7 +164,13 @@ std::string iso_of(uint64_t time)
     snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
              static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), static_cast<int>(rest / 3600),
              static_cast<int>(rest / 60 % 60), static_cast<int>(rest % 60));
-    std::string result = text.data();
+    return text.data();
+}
+
+std::string iso_of(uint64_t time)
+{
+    if (time == 0) return "never";
+    std::string result = iso_of_seconds(static_cast<int64_t>(time / units) - seconds_to_1970);
     if (time % units != 0) result += " and " + std::to_string(time % units) + " units";
     return result;
 }

@@ -29,5 +29,8 @@ std::vector<uint8_t> bytes_of(const std::string &hexadecimal); // throws std::ru
 // Units of 100 ns since 1601 and "1985-06-21T14:05:12".
 uint64_t time_of(const std::string &iso);
 std::string iso_of(uint64_t time); // with a blank between date and time; "never" for 0
+// The same in seconds since 1970.
+int64_t seconds_of(const std::string &iso);
+std::string iso_of_seconds(int64_t seconds);
 
 }

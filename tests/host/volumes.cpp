@@ -1,6 +1,7 @@
 // Commands that make, change and show files: images for the plug-in, and what it left of them.
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <stdexcept>
 
@@ -31,12 +32,14 @@ void take_entry_word(const Words &words, size_t index, tests::LifEntry *entry)
     } else if (key == "implementation") {
         const Bytes bytes = bytes_of(value);
         std::copy_n(bytes.begin(), std::min(bytes.size(), entry->implementation.size()), entry->implementation.begin());
+    } else if (key == "content") {
+        entry->content = bytes_of(value);
     } else {
         throw std::runtime_error("unknown: " + key);
     }
 }
 
-// entry NAME TYPE [at RECORD] [records N] [date HEX] [implementation HEX]
+// entry NAME TYPE [at RECORD] [records N] [date HEX] [implementation HEX] [content HEX]
 tests::LifEntry entry_of(const Words &words)
 {
     tests::LifEntry entry;
@@ -144,6 +147,29 @@ void dump(const Words &words) // dump FILE OFFSET LENGTH
     }
 }
 
+void show(const Words &words) // show FILE; zeros at its end are counted
+{
+    const Bytes content = tests::read_file(word(words, 1));
+    std::string text(content.begin(), content.end());
+    text.erase(text.find_last_not_of('\0') + 1);
+    const size_t zeros = content.size() - text.size();
+    print("= " + quoted(visible(text)) + (zeros == 0 ? "" : " and " + std::to_string(zeros) + " zeros"));
+}
+
+void set_write_time(const Words &words) // touch FILE ISO, universal time
+{
+    const auto seconds = std::chrono::seconds(seconds_of(word(words, 2)));
+    std::filesystem::last_write_time(word(words, 1),
+                                     std::chrono::file_clock::from_sys(std::chrono::sys_seconds(seconds)));
+}
+
+void show_write_time(const Words &words) // written FILE
+{
+    const auto time = std::chrono::file_clock::to_sys(std::filesystem::last_write_time(word(words, 1)));
+    const auto seconds = std::chrono::time_point_cast<std::chrono::seconds>(time).time_since_epoch();
+    print("= " + iso_of_seconds(seconds.count()));
+}
+
 void compare(const Words &words) // same FILE FILE
 {
     const Bytes left = tests::read_file(word(words, 1));
@@ -164,9 +190,20 @@ struct FileCommand {
 };
 
 constexpr FileCommand commands[] = {
-    {"volume", make_volume}, {"zeros", make_file}, {"text", make_text},     {"bytes", patch},
-    {"copy", copy},          {"truncate", cut},    {"remove", remove_file}, {"folder", make_folder},
-    {"dump", dump},          {"same", compare},    {"exists", is_there},
+    {"volume", make_volume},
+    {"zeros", make_file},
+    {"text", make_text},
+    {"bytes", patch},
+    {"copy", copy},
+    {"truncate", cut},
+    {"remove", remove_file},
+    {"folder", make_folder},
+    {"dump", dump},
+    {"same", compare},
+    {"exists", is_there},
+    {"show", show},
+    {"touch", set_write_time},
+    {"written", show_write_time},
 };
 
 }

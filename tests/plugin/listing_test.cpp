@@ -7,7 +7,7 @@
 #include "platform/platform.h"
 #include "plugin/plugin.h"
 #include "plugin/state.h"
-#include "tests/plugin/plugin_host.h"
+#include "tests/plugin/copy_host.h"
 
 using namespace tests;
 
@@ -22,6 +22,18 @@ LifVolume volume_with_names(const std::vector<std::string> &names)
     LifVolume volume;
     for (const std::string &name : names) volume.entries.push_back({.name = name});
     return volume;
+}
+
+// As on a volume with directories.
+void put_second_into_first()
+{
+    FileInfo *folder = plugin.medium->root;
+    FileInfo *inner = folder->next;
+    folder->is_directory = 1;
+    folder->child = inner;
+    folder->next = nullptr;
+    inner->parent = folder;
+    inner->prev = nullptr;
 }
 
 void set_zone(const char *zone)
@@ -96,13 +108,7 @@ TEST(PluginListing, DirectoriesAreShownAsSuchAndWithoutExtension)
     const TemporaryFile file(lif_image(volume_with_names({"FOLDER", "FILE"})));
     const PluginHost host(file.path());
     begin_operation();
-    FileInfo *folder = plugin.medium->root;
-    FileInfo *inner = folder->next;
-    folder->is_directory = 1;
-    folder->child = inner;
-    folder->next = nullptr;
-    inner->parent = folder;
-    inner->prev = nullptr;
+    put_second_into_first();
     FindDataA record = {};
     void *handle = FsFindFirst(host_path("").c_str(), &record);
     EXPECT_STREQ(record.name, "FOLDER");
@@ -110,8 +116,27 @@ TEST(PluginListing, DirectoriesAreShownAsSuchAndWithoutExtension)
     EXPECT_EQ(FsFindNext(handle, &record), 0);
     FsFindFirst(host_path("FOLDER").c_str(), &record);
     EXPECT_STREQ(record.name, "FILE.ASCII");
-    const std::string inside = host_path("FOLDER") + host_path("FILE.ASCII");
-    char local[] = "out";
-    EXPECT_EQ(FsGetFile(inside.c_str(), local, 0, nullptr), FILE_READ_FAILED) << "found, though copying fails";
-    EXPECT_EQ(FsGetFile(host_path("FILE.ASCII").c_str(), local, 0, nullptr), FILE_NOT_FOUND);
+}
+
+TEST(PluginListing, FilesAreCopiedOutOfTheDirectoryThatIsNamed)
+{
+    LifVolume volume = volume_with_names({"FOLDER", "FILE"});
+    volume.entries[1].content = lif_ascii({"inside"});
+    const CopyHost copies(volume);
+    put_second_into_first();
+    EXPECT_EQ(get_file("FOLDER" + host_path("FILE.ASCII"), "out"), FILE_OK);
+    EXPECT_EQ(read_file("out"), copies.content("FILE"));
+    EXPECT_EQ(get_file("FILE.ASCII", "out"), FILE_NOT_FOUND);
+    EXPECT_EQ(get_file("FOLDER" + host_path("MISSING.ASCII"), "out"), FILE_NOT_FOUND);
+    EXPECT_EQ(get_file("OTHER" + host_path("FILE.ASCII"), "out"), FILE_READ_FAILED);
+}
+
+TEST(PluginListing, DirectoryBecomesAFolderOfTheHost)
+{
+    const CopyHost copies(volume_with_names({"FOLDER", "FILE"}));
+    put_second_into_first();
+    plugin.medium->root->type_string[0] = '\0';
+    EXPECT_EQ(get_file("FOLDER", "out"), FILE_OK);
+    EXPECT_TRUE(std::filesystem::is_directory("out"));
+    EXPECT_TRUE(std::filesystem::is_empty("out"));
 }

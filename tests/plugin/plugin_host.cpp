@@ -23,7 +23,8 @@ PluginHost *host = nullptr;
 int32_t on_progress(int32_t, char *, char *, int32_t percent)
 {
     host->percentages.push_back(percent);
-    return host->stop_answer;
+    if (host->at_progress) host->at_progress();
+    return host->percentages.size() > host->calls_before_stop ? host->stop_answer : 0;
 }
 
 int32_t on_request(int32_t, int32_t kind, char *, char *text, char *, int32_t)

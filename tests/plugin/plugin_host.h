@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,10 @@ class PluginHost
 
     std::vector<std::string> messages;
     std::vector<int32_t> percentages;
-    uint32_t questions = 0;  // for a target, all answered with no
-    int32_t stop_answer = 0; // to progress
+    uint32_t questions = 0;         // for a target, all answered with no
+    int32_t stop_answer = 0;        // to progress
+    uint32_t calls_before_stop = 0; // so many are answered with 0
+    std::function<void()> at_progress;
 };
 
 // What a host calls before and after an operation that is no listing.

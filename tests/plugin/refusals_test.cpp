@@ -91,3 +91,19 @@ TEST(SdfRefusal, Time)
     EXPECT_EQ(FsSetTime(host_path(name).c_str(), &time, &time, &time), FILE_NOT_SUPPORTED);
     sdf.expect_refused("Changing file time within SDF file system is currently not supported.");
 }
+
+// A target with a path lists nothing: a directory rewritten from that list would lose every file.
+TEST(ListReadForAPath, IsNeverWrittenOverTheDirectory)
+{
+    const Bytes image = lif_image(demo_volume());
+    const TemporaryFile file(image);
+    const PluginHost host(std::string(file.path()) + ":SUB");
+    begin_operation();
+    ASSERT_NE(plugin.medium, nullptr);
+    const TemporaryFile source(Bytes(300, 'x'), ".txt");
+    std::string local = source.path();
+    EXPECT_EQ(FsPutFile(local.data(), host_path("NEW").c_str(), 0), FILE_READ_FAILED);
+    EXPECT_EQ(FsDeleteFile(host_path(name).c_str()), 0);
+    EXPECT_EQ(file.bytes(), image);
+    EXPECT_FALSE(host.messages.empty());
+}

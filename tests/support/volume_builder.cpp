@@ -230,6 +230,49 @@ Bytes lif_ascii(const std::vector<std::string> &lines)
     return content;
 }
 
+std::vector<std::string> mixed_lines(size_t bytes, uint32_t seed)
+{
+    static constexpr std::string_view characters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZ 0123456789 abcdefghijklmnopqrstuvwxyz +-*/()";
+    constexpr uint32_t longest_line = 100;
+    std::minstd_rand numbers{seed + 1};
+    std::vector<std::string> lines;
+    for (size_t left = bytes; left > 0; left -= lines.back().size()) {
+        std::string line(std::min<size_t>(1 + numbers() % longest_line, left), '\0');
+        std::generate(line.begin(), line.end(), [&numbers] { return characters[numbers() % characters.size()]; });
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+LifVolume lif_volume_with_texts(uint32_t n)
+{
+    constexpr uint32_t largest_text = 2000; // bytes
+    LifVolume volume = lif_volume_with_files(n);
+    std::minstd_rand numbers;
+    for (LifEntry &entry : volume.entries) {
+        const auto seed = static_cast<uint32_t>(numbers());
+        entry.content = lif_ascii(mixed_lines(1 + seed % largest_text, seed));
+    }
+    return volume;
+}
+
+LifVolume lif_volume_with(LifEntry entry)
+{
+    LifVolume volume = lif_volume_with_files(0);
+    volume.entries.push_back(std::move(entry));
+    return volume;
+}
+
+LifVolume empty_lif_volume(uint32_t records, uint32_t slots)
+{
+    LifVolume volume;
+    volume.label = "EMPTY";
+    volume.directory_length = (slots + slots_per_record - 1) / slots_per_record;
+    volume.tracks = records / volume.records_per_track;
+    return volume;
+}
+
 TemporaryFile::TemporaryFile(const Bytes &content, std::string_view extension) : path_(unused_path(extension))
 {
     write_file(path_, content);

@@ -64,6 +64,18 @@ LifVolume demo_volume();
 // Lines as the records of a LIF ASCII file; nothing may be longer than 32,767 bytes.
 Bytes lif_ascii(const std::vector<std::string> &lines);
 
+// Printable lines of 1 to 100 characters, this many characters in all; the same for the same seed.
+std::vector<std::string> mixed_lines(size_t bytes, uint32_t seed = 0);
+
+// n LIF ASCII files of up to 2,000 characters; file i is named F000000 onward.
+LifVolume lif_volume_with_texts(uint32_t n);
+
+// One file, on a volume as large as it needs.
+LifVolume lif_volume_with(LifEntry entry);
+
+// An image of this many records (full tracks of them), with a directory of at least so many slots and nothing in it.
+LifVolume empty_lif_volume(uint32_t records, uint32_t slots);
+
 // A host file that goes away with the object.
 class TemporaryFile
 {
