@@ -23,11 +23,24 @@ std::string unmarked(std::string text)
     return text;
 }
 
+std::string refuse_empty(const std::string &text)
+{
+    return text.empty() ? "a value is missing" : "";
+}
+
+void add_text(CLI::App *app, const ArgumentRow &row, Arguments *arguments)
+{
+    CLI::Option *option = app->add_option(row.names, arguments->*row.text);
+    option->required(row.required)->transform(unmarked);
+    if (is_option(row)) option->check(refuse_empty);
+    if (!row.choices.empty())
+        option->check(CLI::IsMember(std::vector<std::string>(row.choices.begin(), row.choices.end())));
+}
+
 void add_row(CLI::App *app, const ArgumentRow &row, Arguments *arguments)
 {
     if (row.flag != nullptr) app->add_flag(row.names, arguments->*row.flag);
-    if (row.text != nullptr)
-        app->add_option(row.names, arguments->*row.text)->required(row.required)->transform(unmarked);
+    if (row.text != nullptr) add_text(app, row, arguments);
     if (row.list != nullptr)
         app->add_option(row.names, arguments->*row.list)->required(row.required)->transform(unmarked);
     if (row.number != nullptr) {

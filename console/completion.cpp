@@ -12,7 +12,7 @@ namespace
 constexpr std::string_view head = R"(# Completion of tarvo's command lines for bash; made by "tarvo completion bash".
 _tarvo()
 {
-    local word=${COMP_WORDS[COMP_CWORD]} options="" words=""
+    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} options="" words=""
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
         words=)";
@@ -62,6 +62,13 @@ std::string option_words(const Verb &verb)
     return words;
 }
 
+std::string choice_words(const ArgumentRow &row)
+{
+    std::string words;
+    for (const char *choice : row.choices) append_word(&words, choice);
+    return words;
+}
+
 std::string verb_words()
 {
     std::string words;
@@ -79,6 +86,10 @@ void print_case(const Verb &verb, const std::string &verbs)
     for (const char *alias : verb.aliases) names.append("|").append(alias);
     output_format("    %s)\n        options=\"%s\"\n", names.c_str(), option_words(verb).c_str());
     if (!verb.takes_medium) output_format("        words=\"%s\"\n", verbs.c_str());
+    for (const ArgumentRow &row : verb.arguments) {
+        if (row.choices.empty()) continue;
+        output_format("        [[ $previous != %s ]] || words=\"%s\"\n", row.names, choice_words(row).c_str());
+    }
     output_text("        ;;\n");
 }
 

@@ -24,5 +24,18 @@ struct Reading {
 // Opens the medium with its volume for reading only. A failure is reported here.
 Reading open_for_reading(const Arguments &arguments);
 
+// The same for copying files out of it: a target that names a directory of the volume is refused, since nothing of it
+// is read.
+Reading open_for_copying(const Arguments &arguments);
+
 // Says why a directory ends early, if it does. Returns code, or exit_partly for exit_done when it isn't whole.
 int report_reading(const Reading &reading, int code);
+
+// Opens the medium for a change. Null when that can't be, or mustn't: what stands in the way has been reported.
+Medium open_for_change(const Arguments &arguments);
+
+// The same once more, without looking for what stands in the way.
+Medium open_again(const Arguments &arguments);
+
+// False with error 109 for media that are only read.
+bool is_changeable(const MediaDescriptor *md);

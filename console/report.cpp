@@ -10,6 +10,11 @@ namespace
 {
 constexpr uint32_t cannot_open = 300;
 constexpr uint32_t write_error = 303;
+
+void report_system_words(const ErrorWords &words)
+{
+    if (words.system[0] != '\0') file_printf(file_stderr(), "[tarvo]        %s\n", words.system);
+}
 }
 
 void take_error(ErrorWords *ret_words)
@@ -21,12 +26,24 @@ void take_error(ErrorWords *ret_words)
         ret_words->system[sizeof ret_words->system - 1] = '\0';
     }
     get_error(ret_words->text);
+    if (std::strstr(ret_words->text, ret_words->system) != nullptr) ret_words->system[0] = '\0'; // said already
 }
 
 void report_error(const ErrorWords &words)
 {
     file_printf(file_stderr(), "[tarvo] Error: %s\n", words.text);
-    if (words.system[0] != '\0') file_printf(file_stderr(), "[tarvo]        %s\n", words.system);
+    report_system_words(words);
+}
+
+void report_error_text(const char *name, const char *text)
+{
+    file_printf(file_stderr(), "[tarvo] Error: %s: %s\n", name, text);
+}
+
+void report_error_of(const char *name, const ErrorWords &words)
+{
+    report_error_text(name, words.text);
+    report_system_words(words);
 }
 
 int report_failure()
@@ -35,6 +52,19 @@ int report_failure()
     take_error(&words);
     report_error(words);
     return exit_failed;
+}
+
+int report_failure_of(const char *name)
+{
+    ErrorWords words;
+    take_error(&words);
+    report_error_of(name, words);
+    return exit_failed;
+}
+
+void report_warning_of(const char *name, const char *text)
+{
+    file_printf(file_stderr(), "[tarvo] Warning: %s: %s\n", name, text);
 }
 
 int report_usage(const char *text)

@@ -5,7 +5,9 @@
 
 #include "console/catalogue_verbs.h"
 #include "console/completion.h"
+#include "console/get.h"
 #include "console/help.h"
+#include "console/put.h"
 
 namespace
 {
@@ -19,6 +21,13 @@ constexpr ArgumentRow json_option = {
     .names = "--json",
     .help = "print one JSON object instead of text",
     .flag = &Arguments::json,
+};
+
+constexpr const char *header_forms[] = {"none", "hpbasic", "hpcalc"};
+constexpr ArgumentRow verbose_option = {
+    .names = "-v,--verbose",
+    .help = "name each file on standard error",
+    .flag = &Arguments::verbose,
 };
 
 constexpr ArgumentRow common_rows[] = {
@@ -46,6 +55,133 @@ constexpr ArgumentRow ls_rows[] = {
     json_option,
 };
 constexpr ArgumentRow info_rows[] = {medium_argument, json_option};
+
+constexpr ArgumentRow get_rows[] = {
+    medium_argument,
+    {
+        .names = "PATTERN",
+        .help = "copy only files that match, see \"tarvo help ls\"; without a pattern all are copied",
+        .list = &Arguments::words,
+    },
+    {
+        .names = "-d,--directory",
+        .help = "put the files into this directory, which is made where it is missing; without this option the present "
+                "one",
+        .value = "DIR",
+        .text = &Arguments::folder,
+    },
+    {
+        .names = "-o,--output",
+        .help = "the name of the copy of one file; - is standard output",
+        .value = "FILE",
+        .text = &Arguments::output,
+    },
+    {.names = "--text", .help = "turn files of known content into text", .flag = &Arguments::text},
+    {
+        .names = "--force-text",
+        .help = "turn files into text whatever they hold: one of unknown content becomes an empty file",
+        .flag = &Arguments::force_text,
+    },
+    {
+        .names = "--txt",
+        .help = "as --text, and the names of the copies that are text end in .txt, but not with -o",
+        .flag = &Arguments::txt,
+    },
+    {
+        .names = "--header",
+        .help = "ahead of each copy that isn't turned into text, a header that keeps what the directory says of the "
+                "file: none (as without this option), hpbasic or hpcalc",
+        .value = "FORM",
+        .text = &Arguments::header,
+        .choices = header_forms,
+    },
+    {
+        .names = "--overwrite",
+        .help = "replace files that are there already; of two files with the same name the later one stays",
+        .flag = &Arguments::overwrite,
+    },
+    verbose_option,
+};
+constexpr ArgumentRow put_rows[] = {
+    medium_argument,
+    {.names = "FILE", .help = "a file of the host; - is standard input", .required = true, .list = &Arguments::words},
+    {
+        .names = "--as",
+        .help = "the name on the volume of one file: NAME, NAME.TYPE or NAME.&BYTES.TYPE; standard input needs it",
+        .value = "NAME",
+        .text = &Arguments::name,
+    },
+    {
+        .names = "--text",
+        .help = "turn text into what the file's type holds; types whose content isn't text stay as they are",
+        .flag = &Arguments::text,
+    },
+    {
+        .names = "--txt",
+        .help = "the same for files whose names end in .txt or .TXT, an ending that the volume doesn't see",
+        .flag = &Arguments::txt,
+    },
+    {
+        .names = "--header",
+        .help = "take off the header ahead of a file that isn't text: none (as without this option), hpbasic or "
+                "hpcalc; hpbasic is looked at, hpcalc is believed whatever the file holds",
+        .value = "FORM",
+        .text = &Arguments::header,
+        .choices = header_forms,
+    },
+    {
+        .names = "--type",
+        .help = "the type of the files, as ls shows it, or # and up to four hexadecimal digits; without this option "
+                "the ending of their names",
+        .value = "TYPE",
+        .text = &Arguments::type,
+    },
+    {
+        .names = "--record",
+        .help = "the length of their records, an even number of 2 to 65534, for types that have one",
+        .value = "BYTES",
+        .number = &Arguments::record,
+        .least = 2,
+        .most = 65534,
+    },
+    {
+        .names = "--system",
+        .help = "the computer that the type belongs to, where several have one of that name: 9845, 98X6, SE80 ...",
+        .value = "NAME",
+        .text = &Arguments::system,
+    },
+    {
+        .names = "--overwrite",
+        .help = "replace files that are there already. This isn't atomic: when it breaks off, old and new file may "
+                "both be lost",
+        .flag = &Arguments::overwrite,
+    },
+    {
+        .names = "--backup",
+        .help = "copy the image file first, to MEDIUM.bak, or to MEDIUM.bak2, MEDIUM.bak3 ... when that is there",
+        .flag = &Arguments::backup,
+    },
+    {
+        .names = "--damaged",
+        .help = "change a volume although entries of its directory can't be read; they are then lost",
+        .flag = &Arguments::damaged,
+    },
+    {
+        .names = "--dry-run",
+        .help = "only say for each file what would become of it",
+        .flag = &Arguments::dry_run,
+    },
+    verbose_option,
+};
+constexpr ArgumentRow cat_rows[] = {
+    medium_argument,
+    {.names = "NAME",
+     .help = "the file, or a pattern that one file matches",
+     .required = true,
+     .text = &Arguments::word},
+    {.names = "--raw", .help = "print its bytes as they are", .flag = &Arguments::raw},
+};
+
 constexpr ArgumentRow help_rows[] = {{.names = "VERB", .help = "the verb to explain", .text = &Arguments::word}};
 constexpr ArgumentRow completion_rows[] = {
     {.names = "SHELL", .help = "bash", .required = true, .text = &Arguments::word},
@@ -74,6 +210,42 @@ constexpr Verb verb_table[] = {
         .example = "tarvo info disc.lif\n",
         .arguments = info_rows,
         .run = run_info,
+    },
+    {
+        .name = "get",
+        .aliases = {},
+        .summary = "copy files from a medium",
+        .text = "Copies files from a medium to the host, by the names that they have there with their types, and with "
+                "their dates. Text that is made of a file has lines ended by carriage return and line feed.\n"
+                "When a name is there already, or two of the files would get the same one, nothing is copied without "
+                "--overwrite. A pattern that matches no file is an error; the other files are copied, and the program "
+                "ends with 2.\n",
+        .example = "tarvo get disc.lif -d files\ntarvo get disc.lif NOTES --text -o notes.txt\n",
+        .arguments = get_rows,
+        .run = run_get,
+    },
+    {
+        .name = "put",
+        .aliases = {},
+        .summary = "copy files to a medium",
+        .text = "Copies files of the host to a medium. NAME.TYPE and NAME.&BYTES.TYPE give name, length of records and "
+                "type; what else a name ends in counts as a type that isn't known, and the type is then ASCII on LIF "
+                "volumes and DATA on others.\n"
+                "When a name is there already, nothing is copied without --overwrite; likewise when two files would "
+                "get the same name. A file that can't be copied is left out, and the program ends with 2.\n",
+        .example = "tarvo put disc.lif notes.txt --txt\ntarvo put disc.lif - --as RESULTS.BDAT <results\n",
+        .arguments = put_rows,
+        .run = run_put,
+    },
+    {
+        .name = "cat",
+        .aliases = {},
+        .summary = "print a file of a medium",
+        .text = "Prints one file to standard output, as text when its content is known. Lines end in carriage return "
+                "and line feed.\n",
+        .example = "tarvo cat disc.lif NOTES | tr -d '\\r'\n",
+        .arguments = cat_rows,
+        .run = run_cat,
     },
     {
         .name = "help",

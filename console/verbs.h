@@ -8,13 +8,29 @@
 #include <string_view>
 #include <vector>
 
-struct Arguments { // all that a command line can say
+struct Arguments { // all that a command line can say; an option that wasn't given is empty, 0 or false
     std::string medium;
-    std::string word;               // the one word of verbs without a medium
-    std::vector<std::string> words; // patterns
+    std::string word;               // the one word of verbs that take one
+    std::vector<std::string> words; // patterns, or files of the host
     int32_t log = 1;                // the log level
     bool purged = false;
     bool json = false;
+    std::string folder; // of the host
+    std::string output; // a file of the host
+    std::string header; // one of header_forms
+    std::string name;   // on the volume
+    std::string type;
+    std::string system;
+    int32_t record = 0; // bytes
+    bool text = false;
+    bool force_text = false;
+    bool txt = false;
+    bool raw = false;
+    bool overwrite = false;
+    bool backup = false;
+    bool damaged = false;
+    bool dry_run = false;
+    bool verbose = false;
 };
 
 // An option or an argument: exactly one of the members is set; none at all for what the parser answers by itself.
@@ -24,7 +40,8 @@ struct ArgumentRow {
     const char *value = nullptr; // how the help calls the value of an option, null for none
     bool required = false;
     bool Arguments::*flag = nullptr;
-    std::string Arguments::*text = nullptr;
+    std::string Arguments::*text = nullptr;              // an option's is never empty
+    std::span<const char *const> choices{};              // all that the text may be; none: anything
     std::vector<std::string> Arguments::*list = nullptr; // as many as there are
     int32_t Arguments::*number = nullptr;
     int32_t least = 0; // of a number

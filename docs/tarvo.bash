@@ -1,10 +1,10 @@
 # Completion of tarvo's command lines for bash; made by "tarvo completion bash".
 _tarvo()
 {
-    local word=${COMP_WORDS[COMP_CWORD]} options="" words=""
+    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} options="" words=""
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        words="ls list dir info help -h --help --version"
+        words="ls list dir info get put cat help -h --help --version"
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
         return
     fi
@@ -15,9 +15,20 @@ _tarvo()
     info)
         options="--json --log -h --help --version"
         ;;
+    get)
+        options="-d --directory -o --output --text --force-text --txt --header --overwrite -v --verbose --log -h --help --version"
+        [[ $previous != --header ]] || words="none hpbasic hpcalc"
+        ;;
+    put)
+        options="--as --text --txt --header --type --record --system --overwrite --backup --damaged --dry-run -v --verbose --log -h --help --version"
+        [[ $previous != --header ]] || words="none hpbasic hpcalc"
+        ;;
+    cat)
+        options="--raw --log -h --help --version"
+        ;;
     help)
         options="--log -h --help --version"
-        words="ls list dir info help"
+        words="ls list dir info get put cat help"
         ;;
     *) return ;;
     esac

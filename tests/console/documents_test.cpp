@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ using tests::run;
 namespace
 {
 
-const char *const verbs[] = {"ls", "info", "help"};
+const char *const verbs[] = {"ls", "info", "get", "put", "cat", "help"};
 
 // All words of a text that begin with two hyphens.
 std::set<std::string> long_options(const std::string &text)
@@ -57,6 +58,12 @@ TEST(Completion, OffersVerbsThenOptions)
     EXPECT_EQ(completions("tarvo info --p"), "\n") << "purged files are none of its business";
     EXPECT_EQ(completions("tarvo info x.lif --h"), "--help\n");
     EXPECT_EQ(completions("tarvo help inf"), "info\n");
+    EXPECT_EQ(completions("tarvo get x.lif --fo"), "--force-text\n");
+    EXPECT_EQ(completions("tarvo get x.lif --header hp"), "hpbasic hpcalc\n");
+    EXPECT_EQ(completions("tarvo put x.lif --header n"), "none\n");
+    EXPECT_EQ(completions("tarvo put x.lif --d"), "--damaged --dry-run\n");
+    EXPECT_EQ(completions("tarvo put x.lif --header none h"), "\n") << "then a file";
+    EXPECT_EQ(completions("tarvo cat x.lif --r"), "--raw\n");
     EXPECT_EQ(completions("tarvo ls x"), "\n") << "then the shell offers files";
     EXPECT_EQ(completions("tarvo bogus --p"), "\n");
 }
@@ -74,4 +81,18 @@ TEST(ManualPage, NamesEachVerbAndOption)
     for (const char *alias : {"list", "dir"})
         EXPECT_NE(page.find(std::string(".B ") + alias), std::string::npos) << alias;
     EXPECT_NE(page.find("tarvo " TARVO_VERSION), std::string::npos);
+}
+
+TEST(ManualPage, FitsEightyColumns)
+{
+    if (std::system("command -v man >/dev/null && command -v col >/dev/null") != 0) {
+        GTEST_SKIP() << "there is no man to set the page";
+    }
+    const tests::TemporaryFile output(".out");
+    const std::string command = "MANWIDTH=80 LC_ALL=C man -l '" + tests::documents() + "tarvo.1' 2>&1 | col -bx >'";
+    ASSERT_EQ(std::system((command + output.path() + "'").c_str()), 0);
+    std::istringstream lines(tests::file_text(output.path()));
+    size_t count = 0;
+    for (std::string line; std::getline(lines, line); count++) EXPECT_LE(line.size(), 80U) << line;
+    EXPECT_GT(count, 200U);
 }

@@ -140,3 +140,39 @@ TEST(OpenForReading, CorruptEntryWithoutWordsOfItsOwnIsPartly)
     EXPECT_EQ(report_reading(reading, exit_done), exit_partly);
     EXPECT_EQ(report_reading(reading, exit_failed), exit_failed) << "a failure stays one";
 }
+
+TEST(OpenForChange, EachFailingReadIsToldOrMadeGood)
+{
+    const tests::TemporaryFile volume(tests::lif_image(tests::lif_volume_with_files(400)));
+    Arguments arguments;
+    arguments.medium = volume.path();
+    bool reached = true;
+    for (uint32_t nth = 1; reached; ++nth) {
+        ASSERT_LT(nth, 1000U) << "no end of reading";
+        testing::internal::CaptureStderr();
+        const tests::FileFaults faults(tests::FileFault::read, nth, true);
+        const Medium medium = open_for_change(arguments);
+        const std::string errors = testing::internal::GetCapturedStderr();
+        reached = faults.reached;
+        EXPECT_EQ(medium == nullptr, reached) << nth;
+        EXPECT_EQ(tests::error_lines(errors) > 0, reached) << nth << errors;
+    }
+}
+
+TEST(OpenForChange, TapeContainersAndFormatsThatAreOnlyReadAreRefused)
+{
+    MediaDescriptor md = {};
+    md.format = FORMAT_LIF;
+    EXPECT_TRUE(is_changeable(&md));
+    md.tape = reinterpret_cast<TapeImage *>(&md); // never looked into
+    EXPECT_FALSE(is_changeable(&md));
+    EXPECT_EQ(global_error, 109U);
+    EXPECT_STREQ(global_error_info, "change of a tape image");
+    md.tape = nullptr;
+    for (const uint32_t format : {FORMAT_SDF, FORMAT_HFS, FORMAT_UNKNOWN}) {
+        md.format = format;
+        set_error(0, "");
+        EXPECT_FALSE(is_changeable(&md)) << format;
+        EXPECT_EQ(global_error, 109U) << format;
+    }
+}

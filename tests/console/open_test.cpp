@@ -4,11 +4,12 @@
 #include <string>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "tests/console/program.h"
 #include "tests/support/volume_builder.h"
 
+using tests::as_nobody;
+using tests::can_drop_rights;
 using tests::error_line;
 using tests::Outcome;
 using tests::run;
@@ -17,9 +18,22 @@ using tests::run_in_shell;
 namespace
 {
 
-constexpr char as_nobody[] = "setpriv --reuid=65534 --clear-groups %";
-
 const char *const reading_verbs[] = {"ls", "info"};
+// The verbs that open a medium, and the words behind it that they need.
+struct MediumVerb {
+    const char *verb;
+    std::vector<std::string> words;
+};
+const MediumVerb medium_verbs[] = {
+    {"ls", {}}, {"info", {}}, {"get", {"X"}}, {"cat", {"X"}}, {"put", {"-", "--as", "X"}},
+};
+
+Outcome run_verb(const MediumVerb &row, const std::string &medium)
+{
+    std::vector<std::string> words = {row.verb, medium};
+    words.insert(words.end(), row.words.begin(), row.words.end());
+    return run(words);
+}
 
 // The engine's words for a file that can't be opened, and one line of the system's.
 void expect_cannot_open(const Outcome &outcome, const std::string &path)
@@ -42,18 +56,13 @@ void expect_failure(const Outcome &outcome, const std::string &text)
     EXPECT_EQ(outcome.errors, error_line(text));
 }
 
-bool can_drop_rights()
-{
-    return tests::runs_natively() && geteuid() == 0 && std::system("command -v setpriv >/dev/null") == 0;
-}
-
 }
 
 TEST(OpenMedium, MissingFileTellsTheSystemsWords)
 {
     const tests::TemporaryFile missing;
-    for (const char *verb : reading_verbs) {
-        const Outcome outcome = run({verb, missing.path()});
+    for (const MediumVerb &verb : medium_verbs) {
+        const Outcome outcome = run_verb(verb, missing.path());
         expect_cannot_open(outcome, missing.path());
         if (!tests::runs_natively()) continue;
         EXPECT_NE(outcome.errors.find("[tarvo]        No such file or directory\n"), std::string::npos)
@@ -64,7 +73,7 @@ TEST(OpenMedium, MissingFileTellsTheSystemsWords)
 TEST(OpenMedium, DirectoryIsRefused)
 {
     const std::string folder = std::filesystem::temp_directory_path().string();
-    for (const char *verb : reading_verbs) expect_cannot_open(run({verb, folder}), folder);
+    for (const MediumVerb &verb : medium_verbs) expect_cannot_open(run_verb(verb, folder), folder);
 }
 
 TEST(OpenMedium, FileWithoutReadAccessIsRefused)
@@ -104,15 +113,17 @@ TEST(OpenMedium, FileWithoutAVolumeIsAnUnsupportedFormat)
 {
     const tests::TemporaryFile empty(tests::Bytes{});
     const tests::TemporaryFile zeros(tests::Bytes(1024));
-    for (const char *verb : reading_verbs) {
-        expect_failure(run({verb, empty.path()}), "Unsupported format");
-        expect_failure(run({verb, zeros.path()}), "Unsupported format");
+    for (const MediumVerb &verb : medium_verbs) {
+        expect_failure(run_verb(verb, empty.path()), "Unsupported format");
+        expect_failure(run_verb(verb, zeros.path()), "Unsupported format");
     }
 }
 
 TEST(OpenMedium, EmptyTargetIsNoTarget)
 {
-    for (const char *verb : reading_verbs) expect_failure(run({verb, ""}), "Invalid parameter (Empty target string)");
+    for (const MediumVerb &verb : medium_verbs) {
+        expect_failure(run_verb(verb, ""), "Invalid parameter (Empty target string)");
+    }
 }
 
 TEST(OpenMedium, FloppyAndGpibDrivesAndTapesAreNotSupported)
@@ -120,8 +131,8 @@ TEST(OpenMedium, FloppyAndGpibDrivesAndTapesAreNotSupported)
     const tests::TemporaryFile tape(tests::lif_image(tests::demo_volume()), ".tap");
     for (const std::string &target :
          {std::string("0:"), std::string("3:"), std::string("700:"), std::string(tape.path())}) {
-        for (const char *verb : reading_verbs) {
-            const Outcome outcome = run({verb, target});
+        for (const MediumVerb &verb : medium_verbs) {
+            const Outcome outcome = run_verb(verb, target);
             EXPECT_EQ(outcome.code, 1) << target;
             EXPECT_EQ(outcome.output, "") << target;
             EXPECT_EQ(outcome.errors.rfind("[tarvo] Error: Not supported", 0), 0U) << target << outcome.errors;
@@ -141,7 +152,7 @@ TEST(OpenMedium, FileSystemsThatAreNotReadAreNamed)
         tests::LifVolume contents;
         contents.magic = row.magic;
         const tests::TemporaryFile volume(tests::lif_image(contents));
-        for (const char *verb : reading_verbs) expect_failure(run({verb, volume.path()}), row.text);
+        for (const MediumVerb &verb : medium_verbs) expect_failure(run_verb(verb, volume.path()), row.text);
     }
 }
 

@@ -10,6 +10,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "tests/support/volume_builder.h"
 
@@ -62,6 +63,11 @@ Outcome run_in_shell(const std::vector<std::string> &arguments, const std::strin
 bool runs_natively()
 {
     return program().find(".exe") == std::string::npos;
+}
+
+bool can_drop_rights()
+{
+    return runs_natively() && geteuid() == 0 && std::system("command -v setpriv >/dev/null") == 0;
 }
 
 rapidjson::Document json_of(const Outcome &outcome)

@@ -22,6 +22,9 @@ Outcome run_in_shell(const std::vector<std::string> &arguments, const std::strin
 
 bool runs_natively(); // not on another system's stand-in, where rights and devices differ
 
+bool can_drop_rights(); // then run_in_shell takes this `around`
+constexpr char as_nobody[] = "setpriv --reuid=65534 --clear-groups %";
+
 // Standard output as one JSON object; throws when it isn't one.
 rapidjson::Document json_of(const Outcome &outcome);
 

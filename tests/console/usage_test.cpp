@@ -14,7 +14,8 @@ using tests::run;
 namespace
 {
 
-const char *const shown_verbs[] = {"ls", "info", "help"};
+const char *const shown_verbs[] = {"ls", "info", "get", "put", "cat", "help"};
+const char *const all_verbs[] = {"ls", "info", "get", "put", "cat", "help", "completion"};
 
 void expect_usage_error(const std::vector<std::string> &words, const std::string &text)
 {
@@ -58,6 +59,9 @@ TEST(Help, ListsTheVerbs)
     EXPECT_NE(outcome.output.find("\n  ls            list the files of a medium; also called list dir\n"),
               std::string::npos);
     EXPECT_NE(outcome.output.find("\n  info          tell about the volume on a medium\n"), std::string::npos);
+    EXPECT_NE(outcome.output.find("\n  get           copy files from a medium\n"), std::string::npos);
+    EXPECT_NE(outcome.output.find("\n  put           copy files to a medium\n"), std::string::npos);
+    EXPECT_NE(outcome.output.find("\n  cat           print a file of a medium\n"), std::string::npos);
     EXPECT_EQ(outcome.output.find("completion"), std::string::npos) << "hidden verbs stay hidden";
     EXPECT_EQ(run({"-h"}).output, outcome.output);
     EXPECT_EQ(run({"help"}).output, outcome.output);
@@ -65,7 +69,7 @@ TEST(Help, ListsTheVerbs)
 
 TEST(Help, OfAVerbIsTheSameBehindItAndByTheVerbHelp)
 {
-    for (const char *verb : {"ls", "info", "help", "completion"}) {
+    for (const char *verb : all_verbs) {
         const Outcome behind = run({verb, "--help"});
         EXPECT_EQ(behind.code, 0) << verb;
         EXPECT_EQ(behind.output.rfind("Usage: tarvo " + std::string(verb) + " ", 0), 0U) << behind.output;
@@ -84,18 +88,36 @@ TEST(Help, TellsEachOptionOfAVerb)
     EXPECT_NE(text.find("Usage: tarvo ls [OPTION...] MEDIUM [PATTERN...]\n"), std::string::npos);
 }
 
-TEST(Help, FitsEightyColumnsAndEndsWithAnExample)
+TEST(Help, TellsEachOptionOfTheVerbsThatCopy)
 {
-    for (const std::vector<std::string> &words : {std::vector<std::string>{"--help"},
-                                                  {"help", "ls"},
-                                                  {"help", "info"},
-                                                  {"help", "help"},
-                                                  {"help", "completion"}}) {
+    const std::string get = run({"help", "get"}).output;
+    for (const char *option : {"-d, --directory DIR\n", "-o, --output FILE\n", "--text ", "--force-text ", "--txt ",
+                               "--header FORM\n", "--overwrite ", "-v, --verbose\n"}) {
+        EXPECT_NE(get.find(std::string("\n  ") + option), std::string::npos) << option;
+    }
+    EXPECT_NE(get.find("Usage: tarvo get [OPTION...] MEDIUM [PATTERN...]\n"), std::string::npos);
+    const std::string put = run({"help", "put"}).output;
+    for (const char *option :
+         {"--as NAME ", "--text ", "--txt ", "--header FORM\n", "--type TYPE ", "--record BYTES\n", "--system NAME\n",
+          "--overwrite ", "--backup ", "--damaged ", "--dry-run ", "-v, --verbose\n"}) {
+        EXPECT_NE(put.find(std::string("\n  ") + option), std::string::npos) << option;
+    }
+    EXPECT_NE(put.find("Usage: tarvo put [OPTION...] MEDIUM FILE...\n"), std::string::npos);
+    EXPECT_NE(put.find("isn't atomic"), std::string::npos) << "whoever overwrites should know";
+    EXPECT_NE(run({"help", "cat"}).output.find("Usage: tarvo cat [OPTION...] MEDIUM NAME\n"), std::string::npos);
+}
+
+TEST(Help, FitsEightyColumnsAndEndsWithExamples)
+{
+    std::vector<std::vector<std::string>> command_lines = {{"--help"}};
+    for (const char *verb : all_verbs) command_lines.push_back({"help", verb});
+    for (const std::vector<std::string> &words : command_lines) {
         const std::vector<std::string> lines = lines_of(run(words).output);
-        ASSERT_GE(lines.size(), 3U);
         for (const std::string &line : lines) EXPECT_LT(line.size(), 80U) << line;
-        EXPECT_EQ(lines[lines.size() - 2], "Example:");
-        EXPECT_NE(lines.back().find("tarvo "), std::string::npos) << lines.back();
+        auto line = std::find(lines.begin(), lines.end(), "Example:");
+        ASSERT_NE(line, lines.end()) << words.back();
+        ASSERT_NE(++line, lines.end()) << words.back();
+        for (; line != lines.end(); ++line) EXPECT_NE(line->find("tarvo "), std::string::npos) << *line;
     }
 }
 
@@ -133,6 +155,23 @@ TEST(Usage, ArgumentsThatAVerbDoesNotTakeEndWith64)
         {"ls", "--log", "1", "--log", "2", "a"},
         {"help", "ls", "info"},
         {"completion"},
+        {"get"},
+        {"get", "--json", "a"},
+        {"get", "a", "--header"},
+        {"get", "a", "--header", "tape"},
+        {"get", "a", "-o"},
+        {"get", "a", "-d", "b", "-d", "c"},
+        {"get", "--backup", "a"},
+        {"put"},
+        {"put", "a"},
+        {"put", "a", "b", "--raw"},
+        {"put", "a", "b", "--force-text"},
+        {"put", "a", "b", "-d", "c"},
+        {"put", "a", "b", "--type"},
+        {"cat"},
+        {"cat", "a"},
+        {"cat", "a", "b", "c"},
+        {"cat", "a", "b", "-v"},
     };
     for (const std::vector<std::string> &words : wrong) {
         const Outcome outcome = run(words);

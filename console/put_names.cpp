@@ -1,0 +1,163 @@
+// Names for a volume: a host name is STEM, STEM.TYPE or STEM.&BYTES.TYPE, where the engine looks for each full stop
+// among the last seven characters.
+#include "console/put_names.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "base/convert.h"
+#include "base/error.h"
+#include "base/log.h"
+#include "volume/filetypes.h"
+#include "volume/names.h"
+#include "volume/navigate.h"
+#include "volume/type_text.h"
+
+namespace
+{
+constexpr size_t searched = 7;       // last characters of a name in which an ending is looked for
+constexpr size_t longest_type = 6;   // the full stop is one of them
+constexpr size_t longest_stem = 200; // no volume stores that many
+constexpr uint32_t formats_with_types[] = {FORMAT_LIF, FORMAT_DISK45, FORMAT_TAPE45, FORMAT_SDF};
+constexpr const char *any_type = "#0";
+
+bool knows_type(uint32_t format, const Arguments &arguments, uint16_t *ret_type)
+{
+    const char *type = arguments.type.empty() ? any_type : arguments.type.c_str();
+    return set_filetype(format, type, arguments.system.c_str(), ret_type) == 0;
+}
+
+bool some_volume_knows(const Arguments &arguments)
+{
+    uint16_t type = 0;
+    auto knows = [&](uint32_t format) { return knows_type(format, arguments, &type); };
+    return std::any_of(std::begin(formats_with_types), std::end(formats_with_types), knows);
+}
+
+std::string sources_fault(const Arguments &arguments)
+{
+    const std::vector<std::string> &sources = arguments.words;
+    const bool has_input = std::find(sources.begin(), sources.end(), "-") != sources.end();
+    if (sources.size() > 1 && has_input) return "Standard input is copied alone";
+    if (sources.size() > 1 && !arguments.name.empty()) return "--as is the name of one file";
+    if (has_input && arguments.name.empty()) return "Standard input needs a name, --as NAME";
+    if (arguments.name.find_first_of("/\\:") != std::string::npos) return "--as takes a name without / \\ and :";
+    return "";
+}
+
+// The parts of a name, as the engine takes it apart.
+struct NameParts {
+    std::string stem;
+    std::string record; // digits, empty for none
+    std::string type;   // empty for none
+};
+
+size_t find_ending(const std::string &name, const char *mark)
+{
+    const size_t position = name.rfind(mark);
+    return position != std::string::npos && position + searched >= name.size() ? position : std::string::npos;
+}
+
+NameParts take_apart(const std::string &name)
+{
+    NameParts parts = {name, "", ""};
+    const size_t dot = find_ending(name, ".");
+    if (dot != std::string::npos && dot > 0 && name[dot + 1] != '&') {
+        parts.type = name.substr(dot + 1);
+        parts.stem = name.substr(0, dot);
+    }
+    const size_t mark = find_ending(parts.stem, ".&");
+    if (mark != std::string::npos) {
+        parts.record = parts.stem.substr(mark + 2);
+        parts.stem.resize(mark);
+    }
+    return parts;
+}
+
+const char *default_type(uint32_t format)
+{
+    return format == FORMAT_LIF ? "ASCII" : "DATA";
+}
+
+// A type whose name is too long for the end of a name is told by its number.
+std::string type_for_name(uint32_t format, const Arguments &arguments)
+{
+    uint16_t word = 0;
+    if (arguments.type.size() <= longest_type || !knows_type(format, arguments, &word)) return arguments.type;
+    char text[8];
+    snprintf(text, sizeof text, "#%04x", word);
+    return text;
+}
+
+std::string put_together(const MediaDescriptor *md, const Arguments &arguments, const std::string &name)
+{
+    NameParts parts = take_apart(name);
+    if (!arguments.type.empty()) parts.type = type_for_name(md->format, arguments);
+    if (arguments.record != 0) parts.record = std::to_string(arguments.record);
+    // Without a type behind it a length of records would leave the engine looking for one.
+    if (parts.type.empty()) parts.type = default_type(md->format);
+    parts.stem.resize(std::min(parts.stem.size(), longest_stem));
+    return parts.stem + (parts.record.empty() ? "" : ".&" + parts.record) + "." + parts.type;
+}
+
+std::string without_folders(const std::string &path)
+{
+    return path.substr(path.find_last_of("/\\:") + 1);
+}
+
+std::string without_text_ending(const Arguments &arguments, const std::string &name)
+{
+    return has_text_ending(arguments, name) ? name.substr(0, name.size() - 4) : name;
+}
+}
+
+std::string put_usage_fault(const Arguments &arguments)
+{
+    std::string fault = sources_fault(arguments);
+    if (!fault.empty()) return fault;
+    if (arguments.record % 2 != 0) return "--record: " + std::to_string(arguments.record) + " is odd";
+    Arguments system_only = arguments;
+    system_only.type.clear();
+    if (!some_volume_knows(system_only)) return "--system: there is no system \"" + arguments.system + "\"";
+    if (!some_volume_knows(arguments)) return "--type: there is no type \"" + arguments.type + "\"";
+    return "";
+}
+
+bool type_is_known(const MediaDescriptor *md, const Arguments &arguments)
+{
+    uint16_t type = 0;
+    return knows_type(md->format, arguments, &type);
+}
+
+bool has_text_ending(const Arguments &arguments, const std::string &name)
+{
+    return arguments.txt && name.size() > 4 && (name.ends_with(".txt") || name.ends_with(".TXT"));
+}
+
+std::string name_for_engine(const MediaDescriptor *md, const Arguments &arguments, const std::string &source)
+{
+    std::string name = arguments.name.empty() ? without_folders(source) : arguments.name;
+    if (arguments.type.empty() && arguments.record == 0) return name;
+    const std::string shorter = without_text_ending(arguments, name);
+    return put_together(md, arguments, shorter) + name.substr(shorter.size());
+}
+
+std::string stored_name(const MediaDescriptor *md, const Arguments &arguments, const std::string &name)
+{
+    FileInfo info = new_entry(arguments);
+    set_type_text(&info, default_type(md->format));
+    const int32_t level = loglevel;
+    loglevel = 0; // the engine will say the same of the name when it copies the file
+    process_filepath(md, &info, without_text_ending(arguments, name).c_str(), info.system_string, 1);
+    loglevel = level;
+    string_win2hp(info.name, info.name, 1);
+    string_win2hp(info.name, info.name, 1); // the engine turns a name twice, which letters beyond ASCII show
+    return info.name;
+}
+
+FileInfo new_entry(const Arguments &arguments)
+{
+    FileInfo info = {};
+    set_system_text(&info, arguments.system.c_str());
+    return info;
+}
