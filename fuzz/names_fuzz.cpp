@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <vector>
 
-#include "base/attach.h"
 #include "base/convert.h"
 #include "base/file.h"
-#include "base/log.h"
+#include "fuzz/support.h"
 #include "volume/filetypes.h"
 #include "volume/names.h"
 #include "volume/navigate.h"
@@ -20,6 +18,7 @@
 namespace
 {
 
+using fuzz::demand;
 using Text = std::vector<char>; // with its NUL
 
 struct Input {
@@ -27,11 +26,6 @@ struct Input {
     Text second;
     Text third;
 };
-
-void demand(bool holds)
-{
-    if (!holds) abort();
-}
 
 Text take_line(const uint8_t *&position, const uint8_t *end)
 {
@@ -126,9 +120,7 @@ void try_conversions(const Input &input)
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    if (library_attach() != 0) return 1;
-    logfile = file_void();
-    return 0;
+    return fuzz::prepare();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)

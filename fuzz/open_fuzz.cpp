@@ -3,23 +3,17 @@
 //
 // The input: two bytes of flags, low byte first, then the image. The flags are those of image_open; bits that would
 // write, and those that it doesn't have, choose options of the medium instead.
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "base/attach.h"
 #include "base/convert.h"
 #include "base/error.h"
 #include "base/log.h"
-#include "base/memory_inner.h"
 #include "base/output.h"
+#include "fuzz/support.h"
 #include "volume/allocation.h"
 #include "volume/catalogue.h"
 #include "volume/catalogue_inner.h"
@@ -31,6 +25,8 @@
 
 namespace
 {
+
+using fuzz::demand;
 
 constexpr uint16_t open_flags =
     OPEN_READ_VOLUME | OPEN_CHECK | OPEN_SORT | OPEN_REPAIR | OPEN_NO_QUERY | OPEN_RECURSIVE | OPEN_READ_ONLY;
@@ -46,47 +42,10 @@ constexpr uint16_t fail_an_allocation = 0x8000; // the one whose number the imag
 
 constexpr uint32_t most_searches = 50; // each goes through the whole list
 
-uint64_t live_blocks;
-uint64_t allocations_left; // until one fails
-
-void *counting_allocate(void *from, size_t bytes)
+const fuzz::MemoryFile &image_file()
 {
-    if (allocations_left-- == 0) return nullptr;
-    void *block = platform_heap_allocate(from, bytes);
-    if (block != nullptr) live_blocks++;
-    return block;
-}
-
-void counting_release(void *from, void *block)
-{
-    if (block != nullptr) live_blocks--;
-    platform_heap_free(from, block);
-}
-
-constexpr HeapCalls counting_heap = {counting_allocate, counting_release};
-
-int image_file()
-{
-    static const int descriptor = memfd_create("image", 0);
-    return descriptor;
-}
-
-void demand(bool holds)
-{
-    if (!holds) abort();
-}
-
-void store_image(const uint8_t *bytes, size_t size)
-{
-    demand(ftruncate(image_file(), 0) == 0);
-    demand(pwrite(image_file(), bytes, size, 0) == static_cast<ssize_t>(size));
-}
-
-bool image_is_unchanged(const uint8_t *bytes, size_t size)
-{
-    std::vector<uint8_t> now(size + 1);
-    const ssize_t length = pread(image_file(), now.data(), now.size(), 0);
-    return length == static_cast<ssize_t>(size) && std::equal(bytes, bytes + size, now.begin());
+    static const fuzz::MemoryFile file("image");
+    return file;
 }
 
 void look_at_entry(MediaDescriptor *md, const FileInfo *info, bool search)
@@ -171,24 +130,19 @@ void use_medium(const std::string &target, uint16_t bits)
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    if (library_attach() != 0) return 1;
-    heap_calls = &counting_heap;
-    logfile = file_void();
-    output_to(file_void());
-    return 0;
+    return fuzz::prepare();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     if (size < 2) return 0;
     const auto bits = static_cast<uint16_t>(data[0] | data[1] << 8);
-    const uint8_t *image = data + 2;
-    const size_t image_size = size - 2;
-    store_image(image, image_size);
-    allocations_left = (bits & fail_an_allocation) != 0 ? data[size - 1] : UINT64_MAX;
-    live_blocks = 0;
-    use_medium("/proc/self/fd/" + std::to_string(image_file()), bits);
-    demand(live_blocks == 0);
-    demand(image_is_unchanged(image, image_size));
+    const fuzz::Bytes image(data + 2, data + size);
+    image_file().store(image);
+    fuzz::allocations_left = (bits & fail_an_allocation) != 0 ? data[size - 1] : UINT64_MAX;
+    fuzz::live_blocks = 0;
+    use_medium(image_file().path(), bits);
+    demand(fuzz::live_blocks == 0);
+    demand(image_file().bytes() == image);
     return 0;
 }
