@@ -95,7 +95,11 @@ void platform_heap_free(void *heap, void *block)
 void platform_heap_destroy(void *heap)
 {
     auto *mine = static_cast<Heap *>(heap);
-    while (mine->ring.next != &mine->ring) free_large(mine->ring.next);
+    for (Link *link = mine->ring.next; link != &mine->ring;) {
+        Link *next = link->next;
+        free(link);
+        link = next;
+    }
     pieces_release(&mine->pieces);
     free(mine);
 }
