@@ -130,6 +130,17 @@ bool file_open_new(FileHandle *ret_file, const char *path)
     return false;
 }
 
+bool file_open_with_facts(FileHandle *ret_file, const char *path, FileFacts *ret_facts)
+{
+    log_file(3, "file_open_with_facts(ret_file=%lu, filename=\"%s\")\n", log_pointer(ret_file), log_text(path));
+    if (file_calls->open_with_facts(ret_file, path, ret_facts)) return true;
+    char text[error_text_size];
+    get_win_error(text, sizeof(text));
+    set_error(300, "%s", text);
+    *ret_file = platform_void_file;
+    return false;
+}
+
 void file_close(FileHandle file)
 {
     log_file(3, "file_close(file=%lu)\n", log_handle(file));
@@ -173,6 +184,13 @@ int32_t file_write(FileHandle file, const void *buffer, uint32_t num_bytes)
              log_number(num_bytes));
     if (buffer == nullptr) return missing_pointer(-1);
     return file_is_valid(file) ? write_here(file, buffer, num_bytes) : 0;
+}
+
+int32_t file_write_at(FileHandle file, uint64_t position, const void *buffer, uint32_t num_bytes)
+{
+    log_file(3, "file_write_at(file=%lu, position=%lu, buffer=%lu, num_bytes=%lu)\n", log_handle(file),
+             static_cast<unsigned long>(position), log_pointer(buffer), log_number(num_bytes));
+    return write_there(file, position, buffer, num_bytes);
 }
 
 int32_t file_getposition(FileHandle file, uint32_t *ret_position)

@@ -9,10 +9,12 @@
 struct FileCalls {
     bool (*open)(PlatformFile *ret_file, const char *path, bool reading, bool writing, OpenMode mode,
                  bool writethrough) = platform_open;
+    bool (*open_with_facts)(PlatformFile *ret_file, const char *path, FileFacts *ret_facts) = platform_open_with_facts;
     void (*close)(PlatformFile file) = platform_close;
     int64_t (*seek)(PlatformFile file, int64_t offset, SeekFrom from) = platform_seek;
     int64_t (*read)(PlatformFile file, void *buffer, uint32_t bytes) = platform_read;
     int64_t (*write)(PlatformFile file, const void *buffer, uint32_t bytes) = platform_write;
+    int64_t (*write_at)(PlatformFile file, const void *buffer, uint32_t bytes, uint64_t position) = platform_write_at;
     bool (*set_end)(PlatformFile file) = platform_set_end;
     bool (*sync)(PlatformFile file) = platform_sync;
     bool (*size)(PlatformFile file, uint64_t *ret_bytes) = platform_size;
@@ -31,6 +33,13 @@ extern uint64_t file_generation;
 extern uint64_t unkept_file;
 
 bool file_size_in_bytes(uint64_t file, uint64_t *ret_bytes); // the whole 64-bit size; sets no error
+
+// Opens a file for reading, with what is known of it. False, with error 300 and the system's words.
+bool file_open_with_facts(uint64_t *ret_file, const char *path, FileFacts *ret_facts);
+
+// Bytes from a position on; where the file stands is of no account, and afterwards unknown. Bytes written, fewer when
+// the device is full; -1 with error 303.
+int32_t file_write_at(uint64_t file, uint64_t position, const void *buffer, uint32_t num_bytes);
 
 // Makes a file for writing where there is none of that name. False, with error 300 and the system's words.
 bool file_open_new(uint64_t *ret_file, const char *path);

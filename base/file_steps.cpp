@@ -58,6 +58,14 @@ int32_t write_here(FileHandle file, const void *buffer, uint32_t bytes)
     return static_cast<int32_t>(count);
 }
 
+int32_t write_there(FileHandle file, uint64_t position, const void *buffer, uint32_t bytes)
+{
+    if (file != unkept_file) ++file_generation;
+    const int64_t count = file_calls->write_at(file, buffer, std::min(bytes, most_bytes), position);
+    if (count < 0) set_error(303, "");
+    return static_cast<int32_t>(count);
+}
+
 bool read_whole(FileHandle file, void *buffer, uint32_t bytes)
 {
     const int32_t count = read_here(file, buffer, bytes);

@@ -21,8 +21,9 @@ bool seek_to_end(FileHandle file, uint64_t *ret_end);           // error 301
 bool present_position(FileHandle file, uint64_t *ret_position); // error 301
 
 // At most what an int32_t counts. Bytes, fewer at the end of the file or when the device is full; -1 for an error.
-int32_t read_here(FileHandle file, void *buffer, uint32_t bytes);        // error 302
-int32_t write_here(FileHandle file, const void *buffer, uint32_t bytes); // error 303
+int32_t read_here(FileHandle file, void *buffer, uint32_t bytes);                            // error 302
+int32_t write_here(FileHandle file, const void *buffer, uint32_t bytes);                     // error 303
+int32_t write_there(FileHandle file, uint64_t position, const void *buffer, uint32_t bytes); // error 303
 
 // All of it or failure.
 bool read_whole(FileHandle file, void *buffer, uint32_t bytes);        // error 302

@@ -63,6 +63,7 @@ Asked parse_arguments(const Verb &verb, int count, char **words, Arguments *ret_
     CLI::App app;
     add_rows(&app, verb, ret_arguments);
     std::vector<std::string> last_first; // as the library wants them
+    last_first.reserve(static_cast<size_t>(count));
     for (int index = count; index > 0; index--) last_first.push_back(marked(words[index - 1]));
     try {
         app.parse(std::move(last_first));

@@ -3,7 +3,8 @@
 // leaves no entry behind.
 #include "console/put.h"
 
-#include <map>
+#include <string_view>
+#include <unordered_map>
 
 #include "base/output.h"
 #include "console/backup.h"
@@ -28,8 +29,8 @@ namespace
 constexpr uint32_t target_exists = 210;
 
 struct PutItem {
-    std::string source;        // as it was given
-    std::string shown;         // as messages call it
+    const std::string &source; // as it was given
+    const char *shown;         // as messages call it
     std::string name;          // from which the engine makes the entry
     std::string stored;        // in the directory
     std::string obstacle = {}; // why nothing is copied because of this file, empty for no reason
@@ -54,11 +55,11 @@ void tell_failure(PutRun *run, const PutItem &item, const ErrorWords &words)
 {
     run->tally.failed.push_back(item.shown);
     if (!run->arguments.dry_run) {
-        report_error_of(item.shown.c_str(), words);
+        report_error_of(item.shown, words);
         return;
     }
     const char *between = words.system[0] == '\0' ? "" : ": ";
-    output_format("%s: %s%s%s\n", item.shown.c_str(), words.text, between, words.system);
+    output_format("%s: %s%s%s\n", item.shown, words.text, between, words.system);
 }
 
 bool becomes_content(const PutRun &run, const PutItem &item, const FileInfo *entry)
@@ -73,15 +74,15 @@ void tell_success(const PutRun &run, const PutItem &item, const Insertion &inser
     const FileInfo *entry = insertion.entry;
     const std::string name = visible_name(run.medium.get(), entry);
     if (!run.arguments.dry_run) {
-        if (run.arguments.verbose) file_printf(file_stderr(), "%s -> %s\n", item.shown.c_str(), name.c_str());
+        if (run.arguments.verbose) file_printf(file_stderr(), "%s -> %s\n", item.shown, name.c_str());
         return;
     }
     char type[type_text_size];
     type_text(entry, type);
-    output_format("%s -> %s: type %s, %lu bytes%s, at record %lu%s\n", item.shown.c_str(), name.c_str(), type,
+    output_format("%s -> %s: type %s, %lu bytes%s, at record %lu%s%s\n", item.shown, name.c_str(), type,
                   static_cast<unsigned long>(entry->size), becomes_content(run, item, entry) ? " made of text" : "",
                   static_cast<unsigned long>(entry->location),
-                  insertion.deleted_old ? ", in place of the old file" : "");
+                  insertion.deleted_old ? ", in place of the old file" : "", insertion.whole ? "" : ", not all of it");
 }
 
 // ---- the medium ----------------------------------------------------------------------------------------
@@ -143,7 +144,7 @@ Insertion insert_item(PutRun *run, const PutItem &item, PutSource *source, Progr
 // Copies, or plans to. False when the file isn't there then, with the words of the failure.
 bool try_item(PutRun *run, PutItem *item, PutSource *source, Insertion *ret_insertion, ErrorWords *ret_words)
 {
-    const ProgressBar bar(item->shown.c_str(), source->source.size);
+    const ProgressBar bar(item->shown, source->source.size);
     *ret_insertion = insert_item(run, *item, source, bar.callback());
     if (ret_insertion->result >= 0 && ret_insertion->entry != nullptr) {
         run->dirty = item->done = true;
@@ -157,12 +158,12 @@ bool try_item(PutRun *run, PutItem *item, PutSource *source, Insertion *ret_inse
 void warn_of_losses(PutRun *run, const PutItem &item, const Insertion &insertion)
 {
     const int32_t record = run->arguments.record;
-    const char *name = item.shown.c_str();
+    const char *name = item.shown;
     if (record != 0 && insertion.entry->record_len * 2 != static_cast<uint32_t>(record)) {
         report_warning_of(name, "its type has no length of records");
     }
-    if (insertion.whole || run->arguments.dry_run) return;
-    report_warning_of(name, "not all of it was copied");
+    if (insertion.whole) return;
+    if (!run->arguments.dry_run) report_warning_of(name, "not all of it was copied");
     run->tally.cut++;
 }
 
@@ -239,7 +240,7 @@ PutItem item_for(const PutRun &run, const std::string &source)
 {
     const MediaDescriptor *md = run.medium.get();
     PutItem item = {.source = source,
-                    .shown = source == "-" ? "standard input" : source,
+                    .shown = source == "-" ? "standard input" : source.c_str(),
                     .name = name_for_engine(md, run.arguments, source),
                     .stored = ""};
     item.stored = stored_name(md, run.arguments, item.name);
@@ -251,7 +252,7 @@ std::string find_obstacle(const PutRun &run, const PutItem &item, const PutItem 
 {
     MediaDescriptor *md = run.medium.get();
     if (other != nullptr) {
-        set_error(target_exists, "file \"%s\" of %s", item.stored.c_str(), other->shown.c_str());
+        set_error(target_exists, "file \"%s\" of %s", item.stored.c_str(), other->shown);
     } else if (!run.arguments.overwrite && image_find_file(md, md->root, item.stored.c_str(), 0) != nullptr) {
         set_error(target_exists, "file \"%s\"", item.stored.c_str());
     } else {
@@ -264,7 +265,8 @@ std::string find_obstacle(const PutRun &run, const PutItem &item, const PutItem 
 
 bool find_obstacles(PutRun *run)
 {
-    std::map<std::string, const PutItem *> first;
+    std::unordered_map<std::string_view, const PutItem *> first;
+    first.reserve(run->items.size());
     bool found = false;
     for (PutItem &item : run->items) {
         const auto [place, is_first] = first.emplace(item.stored, &item);
@@ -280,9 +282,9 @@ int refuse_all(const PutRun &run)
     for (const PutItem &item : run.items) {
         if (run.arguments.dry_run) {
             const char *words = item.obstacle.empty() ? "not copied, since others can't be" : item.obstacle.c_str();
-            output_format("%s: %s\n", item.shown.c_str(), words);
+            output_format("%s: %s\n", item.shown, words);
         } else if (!item.obstacle.empty()) {
-            report_error_text(item.shown.c_str(), item.obstacle.c_str());
+            report_error_text(item.shown, item.obstacle.c_str());
         }
     }
     if (!run.arguments.dry_run) file_printf(file_stderr(), "[tarvo] Nothing was copied.\n");
@@ -291,6 +293,7 @@ int refuse_all(const PutRun &run)
 
 int put_items(PutRun *run)
 {
+    run->items.reserve(run->arguments.words.size());
     for (const std::string &source : run->arguments.words) run->items.push_back(item_for(*run, source));
     if (find_obstacles(run)) return refuse_all(*run);
     for (PutItem &item : run->items) {

@@ -27,10 +27,11 @@ bool knows_type(uint32_t format, const Arguments &arguments, uint16_t *ret_type)
     return set_filetype(format, type, arguments.system.c_str(), ret_type) == 0;
 }
 
-bool some_volume_knows(const Arguments &arguments)
+bool some_volume_knows(const std::string &type, const std::string &system)
 {
-    uint16_t type = 0;
-    auto knows = [&](uint32_t format) { return knows_type(format, arguments, &type); };
+    uint16_t word = 0;
+    const char *name = type.empty() ? any_type : type.c_str();
+    auto knows = [&](uint32_t format) { return set_filetype(format, name, system.c_str(), &word) == 0; };
     return std::any_of(std::begin(formats_with_types), std::end(formats_with_types), knows);
 }
 
@@ -116,10 +117,9 @@ std::string put_usage_fault(const Arguments &arguments)
     std::string fault = sources_fault(arguments);
     if (!fault.empty()) return fault;
     if (arguments.record % 2 != 0) return "--record: " + std::to_string(arguments.record) + " is odd";
-    Arguments system_only = arguments;
-    system_only.type.clear();
-    if (!some_volume_knows(system_only)) return "--system: there is no system \"" + arguments.system + "\"";
-    if (!some_volume_knows(arguments)) return "--type: there is no type \"" + arguments.type + "\"";
+    if (!some_volume_knows("", arguments.system)) return "--system: there is no system \"" + arguments.system + "\"";
+    if (!some_volume_knows(arguments.type, arguments.system))
+        return "--type: there is no type \"" + arguments.type + "\"";
     return "";
 }
 

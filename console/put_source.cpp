@@ -20,11 +20,9 @@ bool open_file(const std::string &path, PutSource *source)
         get_current_datetime(&source->date);
         return true;
     }
-    if (file_open(&source->file.handle, path.c_str(), "rb", 0) == 1) {
-        if (!file_calls->facts(source->file.handle, &source->source.facts) ||
-            !file_time_of(source->source.facts, &source->date)) {
-            get_current_datetime(&source->date);
-        }
+    FileFacts *facts = &source->source.facts;
+    if (file_open_with_facts(&source->file.handle, path.c_str(), facts)) {
+        if (!file_time_of(*facts, &source->date)) get_current_datetime(&source->date);
         return true;
     }
     const uint32_t reason = platform_last_error();

@@ -42,11 +42,14 @@ struct FileFacts {
 // Opens for sharing with other readers and writers; the handle isn't inherited. A directory is refused.
 bool platform_open(PlatformFile *ret_file, const char *path, bool reading, bool writing, OpenMode mode,
                    bool writethrough);
+// For reading; with what is known of it as platform_facts tells, or nothing.
+bool platform_open_with_facts(PlatformFile *ret_file, const char *path, FileFacts *ret_facts);
 void platform_close(PlatformFile file);
 int64_t platform_seek(PlatformFile file, int64_t offset, SeekFrom from);       // the new position in bytes, or -1
 int64_t platform_read(PlatformFile file, void *buffer, uint32_t bytes);        // short only at the end of the file
 int64_t platform_write(PlatformFile file, const void *buffer, uint32_t bytes); // short when the device is full
-bool platform_set_end(PlatformFile file);                                      // at the present position
+int64_t platform_write_at(PlatformFile file, const void *buffer, uint32_t bytes, uint64_t position);
+bool platform_set_end(PlatformFile file); // at the present position
 bool platform_sync(PlatformFile file);
 bool platform_size(PlatformFile file, uint64_t *ret_bytes);
 bool platform_facts(PlatformFile file, FileFacts *ret_facts);

@@ -281,10 +281,8 @@ int32_t image_write_stream(MediumStream *stream, const uint8_t *buffer, uint32_t
         set_error(303, "");
         return -1;
     }
-    if (!place(stream)) return -1;
     uint32_t wanted = records * RECORD_SIZE;
-    int32_t bytes = file_write(stream->md->file, buffer, wanted);
-    stream->placed = stream->alone && bytes == static_cast<int32_t>(wanted);
+    int32_t bytes = file_write_at(stream->md->file, position * RECORD_SIZE, buffer, wanted);
     if (bytes == static_cast<int32_t>(wanted)) return static_cast<int32_t>(records);
     set_error(303, "");
     return bytes < 0 ? -1 : bytes / RECORD_SIZE;

@@ -243,7 +243,7 @@ Insertion insert_from(MediaDescriptor *md, FileInfo *new_file, InsertSource *sou
     }
     const int32_t result = run(&work);
     work.done.result = result < 0 ? -1 : static_cast<int32_t>(new_file->location);
-    work.done.whole = result >= 0 && !work.done.stopped && !work.cut && !order.only_plan;
+    work.done.whole = result >= 0 && !work.done.stopped && !work.cut;
     return work.done;
 }
 

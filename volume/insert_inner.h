@@ -29,7 +29,7 @@ struct InsertOrder {
 
 struct Insertion {
     int32_t result = -1;       // as that of image_add_file
-    bool whole = false;        // all of the source is on the medium: the source may go
+    bool whole = false;        // all of the source is on the medium, or would be: the source may go
     bool stopped = false;      // progress asked for it
     FileInfo *entry = nullptr; // in the list since; null when none was made
     bool deleted_old = false;  // a file of this name was taken out of the list

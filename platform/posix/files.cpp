@@ -38,14 +38,22 @@ int mode_flags(OpenMode mode)
 
 // No directory is a file. A pipe of which this process would be both ends would wait for itself for ever. All else
 // that may wait does so only from here on.
-bool accept_descriptor(int descriptor, bool both_ways)
+bool accept_descriptor(int descriptor, bool both_ways, struct stat *ret_status)
 {
-    struct stat status;
-    if (fstat(descriptor, &status) != 0) return false;
-    if (S_ISDIR(status.st_mode)) return failed(EISDIR);
-    if (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode)) return true;
-    if (S_ISFIFO(status.st_mode) && both_ways) return failed(ESPIPE);
+    if (fstat(descriptor, ret_status) != 0) return false;
+    if (S_ISDIR(ret_status->st_mode)) return failed(EISDIR);
+    if (S_ISREG(ret_status->st_mode) || S_ISBLK(ret_status->st_mode)) return true;
+    if (S_ISFIFO(ret_status->st_mode) && both_ways) return failed(ESPIPE);
     return fcntl(descriptor, F_SETFL, 0) == 0;
+}
+
+FileFacts facts_of(const struct stat &status)
+{
+    const bool plain = S_ISREG(status.st_mode);
+    return {{status.st_dev, status.st_ino},
+            plain ? static_cast<uint64_t>(status.st_size) : 0,
+            plain,
+            counts_of(status.st_mtim)};
 }
 
 // After a call that failed: true when it should be made again. A descriptor that was handed over not waiting is
@@ -100,9 +108,24 @@ int open_file(const char *path, int flags)
 {
     const int descriptor = open_descriptor(path, flags | O_NONBLOCK, file_permissions);
     if (descriptor < 0 || (flags & O_EXCL) != 0) return descriptor; // what was made just now is a file
-    if (accept_descriptor(descriptor, (flags & O_ACCMODE) == O_RDWR)) return descriptor;
+    struct stat status;
+    if (accept_descriptor(descriptor, (flags & O_ACCMODE) == O_RDWR, &status)) return descriptor;
     close_keeping_error(descriptor);
     return -1;
+}
+
+bool platform_open_with_facts(PlatformFile *ret_file, const char *path, FileFacts *ret_facts)
+{
+    const int descriptor = open_descriptor(path, O_RDONLY | O_NONBLOCK, file_permissions);
+    if (descriptor < 0) return false;
+    struct stat status;
+    if (!accept_descriptor(descriptor, false, &status)) {
+        close_keeping_error(descriptor);
+        return false;
+    }
+    *ret_file = file_of(descriptor);
+    *ret_facts = facts_of(status);
+    return true;
 }
 
 bool platform_open(PlatformFile *ret_file, const char *path, bool reading, bool writing, OpenMode mode,
@@ -162,6 +185,21 @@ int64_t platform_write(PlatformFile file, const void *buffer, uint32_t bytes)
     return done;
 }
 
+int64_t platform_write_at(PlatformFile file, const void *buffer, uint32_t bytes, uint64_t position)
+{
+    const int descriptor = descriptor_of(file);
+    uint32_t done = 0;
+    while (done < bytes) {
+        const ssize_t count = pwrite(descriptor, static_cast<const uint8_t *>(buffer) + done,
+                                     std::min(bytes - done, most_bytes), static_cast<off_t>(position + done));
+        if (count > 0)
+            done += static_cast<uint32_t>(count);
+        else if (count == 0 || !try_again(descriptor, POLLOUT))
+            return done > 0 ? int64_t{done} : -1;
+    }
+    return done;
+}
+
 bool platform_set_end(PlatformFile file)
 {
     const int descriptor = descriptor_of(file);
@@ -202,11 +240,7 @@ bool platform_facts(PlatformFile file, FileFacts *ret_facts)
 {
     struct stat status;
     if (fstat(descriptor_of(file), &status) != 0) return false;
-    const bool plain = S_ISREG(status.st_mode);
-    *ret_facts = {{status.st_dev, status.st_ino},
-                  plain ? static_cast<uint64_t>(status.st_size) : 0,
-                  plain,
-                  counts_of(status.st_mtim)};
+    *ret_facts = facts_of(status);
     return true;
 }
 

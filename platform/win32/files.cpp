@@ -92,6 +92,23 @@ int64_t platform_write(PlatformFile file, const void *buffer, uint32_t bytes)
     return done;
 }
 
+// A place goes along with each write; without waiting for another, as the handle is one that waits itself.
+int64_t platform_write_at(PlatformFile file, const void *buffer, uint32_t bytes, uint64_t position)
+{
+    uint32_t done = 0;
+    while (done < bytes) {
+        DWORD count = 0;
+        OVERLAPPED place = {};
+        place.Offset = static_cast<DWORD>(position + done);
+        place.OffsetHigh = static_cast<DWORD>((position + done) >> 32);
+        const auto *next = static_cast<const uint8_t *>(buffer) + done;
+        const BOOL good = WriteFile(handle_of(file), next, bytes - done, &count, &place);
+        done += count;
+        if (!good || count == 0) return done > 0 ? int64_t{done} : -1;
+    }
+    return done;
+}
+
 bool platform_set_end(PlatformFile file)
 {
     return SetEndOfFile(handle_of(file));
@@ -123,6 +140,13 @@ bool platform_facts(PlatformFile file, FileFacts *ret_facts)
         uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow,
         true,
         int64_t{information.ftLastWriteTime.dwHighDateTime} << 32 | information.ftLastWriteTime.dwLowDateTime};
+    return true;
+}
+
+bool platform_open_with_facts(PlatformFile *ret_file, const char *path, FileFacts *ret_facts)
+{
+    if (!platform_open(ret_file, path, true, false, OpenMode::existing, false)) return false;
+    if (!platform_facts(*ret_file, ret_facts)) *ret_facts = {};
     return true;
 }
 

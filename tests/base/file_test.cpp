@@ -334,6 +334,58 @@ TEST_F(FileLayer, ShortWriteTellsItsCount)
     EXPECT_EQ(content(path), "abc");
 }
 
+TEST_F(FileLayer, WritesAtAPositionWhereverItStands)
+{
+    open("0123456789");
+    ASSERT_EQ(file_seek(file, 8), 1);
+    EXPECT_EQ(file_write_at(file, 2, "abc", 3), 3);
+    EXPECT_EQ(file_write_at(file, 12, "zz", 2), 2);
+    EXPECT_EQ(content(path), std::string("01abc56789\0\0zz", 14));
+    EXPECT_EQ(global_error, 0u);
+}
+
+TEST_F(FileLayer, WritingAtAPositionCountsForThoseWhoKeepBytes)
+{
+    open("0123456789");
+    const uint64_t before = file_generation;
+    EXPECT_EQ(file_write_at(file, 0, "a", 1), 1);
+    EXPECT_EQ(file_generation, before + 1);
+}
+
+TEST_F(FileLayer, FailedWriteAtAPositionIsError303)
+{
+    open("0123456789");
+    const FileFaults faults(FileFault::write, 1);
+    EXPECT_EQ(file_write_at(file, 2, "abc", 3), -1);
+    EXPECT_EQ(error_text(), "File write error - check write protection");
+    EXPECT_EQ(content(path), "0123456789");
+}
+
+TEST_F(FileLayer, FactsComeWithTheOpenFile)
+{
+    path = scratch.file("f", "0123456789");
+    FileFacts facts;
+    ASSERT_TRUE(file_open_with_facts(&file, path.c_str(), &facts));
+    EXPECT_TRUE(facts.plain);
+    EXPECT_EQ(facts.bytes, 10u);
+    FileFacts again;
+    ASSERT_TRUE(file_calls->facts(file, &again));
+    EXPECT_EQ(again.identity, facts.identity);
+    EXPECT_EQ(again.written, facts.written);
+    EXPECT_EQ(file_read(file, buffer.data(), 4), 4);
+    EXPECT_EQ(std::string(buffer.data(), 4), "0123");
+}
+
+TEST_F(FileLayer, NoFactsOfWhatIsNotThere)
+{
+    FileFacts facts;
+    EXPECT_FALSE(file_open_with_facts(&file, scratch.path("none").c_str(), &facts));
+    EXPECT_EQ(file, void_file);
+    EXPECT_EQ(global_error, 300u);
+    EXPECT_FALSE(file_open_with_facts(&file, scratch.path(".").c_str(), &facts)); // a directory
+    EXPECT_EQ(global_error, 300u);
+}
+
 TEST_F(FileLayer, RequestBeyondWhatTheResultCanSayIsCut)
 {
     static uint32_t asked;

@@ -131,6 +131,10 @@ TEST(Put, TextThatDoesNotFitIsCutAndTold)
     const TemporaryFile volume(tests::lif_image(LifVolume{}));
     const Sources sources;
     const std::string source = sources.add("N.TXT75", "10 " + std::string(200, 'x') + "\n");
+    const Outcome plan = put(volume, {source, "--text", "--dry-run"});
+    EXPECT_EQ(plan.code, 2);
+    EXPECT_TRUE(plan.output.ends_with(", not all of it\n")) << plan.output;
+    EXPECT_EQ(listed(volume), "");
     const Outcome outcome = put(volume, {source, "--text"});
     EXPECT_EQ(outcome.code, 2);
     EXPECT_NE(outcome.errors.find("exceeds max. line length for TEXT files in line 1 (truncated)."), std::string::npos)

@@ -31,6 +31,12 @@ bool faulty_open(PlatformFile *ret_file, const char *path, bool reading, bool wr
     return platform_open(ret_file, path, reading, writing, mode, writethrough);
 }
 
+bool faulty_open_with_facts(PlatformFile *ret_file, const char *path, FileFacts *ret_facts)
+{
+    if (file_faults->strikes(FileFault::open, ++file_faults->opens)) return refuse();
+    return platform_open_with_facts(ret_file, path, ret_facts);
+}
+
 int64_t faulty_seek(PlatformFile file, int64_t offset, SeekFrom from)
 {
     if (counted(file) && file_faults->strikes(FileFault::seek, ++file_faults->seeks)) return refuse() ? 0 : -1;
@@ -65,6 +71,16 @@ int64_t faulty_write(PlatformFile file, const void *buffer, uint32_t bytes)
     return platform_write(file, buffer, cut ? bytes / 2 : bytes);
 }
 
+int64_t faulty_write_at(PlatformFile file, const void *buffer, uint32_t bytes, uint64_t position)
+{
+    if (!counted(file)) return platform_write_at(file, buffer, bytes, position);
+    file_faults->accesses.push_back({true, position, bytes});
+    const uint32_t count = ++file_faults->writes;
+    if (file_faults->strikes(FileFault::write, count)) return refuse() ? 0 : -1;
+    const bool cut = file_faults->strikes(FileFault::short_write, count);
+    return platform_write_at(file, buffer, cut ? bytes / 2 : bytes, position);
+}
+
 bool faulty_set_end(PlatformFile file)
 {
     return file_faults->strikes(FileFault::set_end, ++file_faults->ends) ? refuse() : platform_set_end(file);
@@ -97,9 +113,11 @@ FileFaults::FileFaults(FileFault fault, uint32_t nth, bool onward)
     : fault_(fault), nth_(nth), onward_(onward), old_(file_calls)
 {
     calls_.open = faulty_open;
+    calls_.open_with_facts = faulty_open_with_facts;
     calls_.seek = faulty_seek;
     calls_.read = faulty_read;
     calls_.write = faulty_write;
+    calls_.write_at = faulty_write_at;
     calls_.set_end = faulty_set_end;
     calls_.size = faulty_size;
     file_faults = this;

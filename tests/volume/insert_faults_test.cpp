@@ -129,7 +129,9 @@ void each_file_call(FileFault kind, const char *kind_name, const Words &errors)
             });
             if (testing::Test::HasFailure()) return; // one is enough
         }
-        EXPECT_GE(n, 2u) << way.name; // some call of the kind there is
+        // Some call of the kind there is, but plain bytes are read and written without going anywhere.
+        const bool goes_nowhere = kind == FileFault::seek && way.headers == 0 && (way.flags & INSERT_CONVERT) == 0;
+        EXPECT_GE(n, goes_nowhere ? 1u : 2u) << way.name;
     }
 }
 
@@ -258,17 +260,14 @@ TEST(InsertFaults, AFailingReadOfTheSourceLeavesTheEntry)
     EXPECT_EQ(names(open.md).back(), "NEW");
 }
 
-TEST(InsertFaults, AFailingSeekBehindAHeaderLeavesTheEntry)
+TEST(InsertFaults, AFailingSeekBackOverWhatIsNoHeaderLeavesTheEntry)
 {
     const Scratch folder;
-    Bytes bytes(32);
-    bytes[11] = 1;
-    set_dword_at(bytes, 16, 4);
-    const std::string source = folder.file("NEW.BAS8x", text_of(joined({bytes, numbered(1024)})));
+    const std::string source = folder.file("NEW.BAS8x", text());
     uint32_t with_error_301 = 0;
     for (uint32_t n = 1; n < 20; ++n) {
         const OpenVolume open(fault_volume());
-        open.md->use_file_headers = 2;
+        open.md->use_file_headers = 1;
         const FileFaults faults(FileFault::seek, n);
         const Added added = add(open.md, source);
         if (!faults.reached) break;

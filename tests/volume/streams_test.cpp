@@ -297,8 +297,7 @@ TEST(ImageStream, AFailingCallIsAnErrorWithItsNumber)
     const Row rows[] = {{FileFault::read, false, 302},
                         {FileFault::seek, false, 301},
                         {FileFault::write, true, 303},
-                        {FileFault::short_write, true, 303},
-                        {FileFault::seek, true, 301}};
+                        {FileFault::short_write, true, 303}};
     for (const Row &row : rows) {
         const RawImage raw(50);
         Bytes buffer(20 * 256, 0x33);
