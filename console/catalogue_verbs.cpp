@@ -32,7 +32,7 @@ Patterns patterns_of(const Arguments &arguments)
 
 void print_line(void *, const MediaDescriptor *md, const FileInfo *info)
 {
-    print_list_entry(md, info, false);
+    print_list_entry(md, info, 0);
 }
 
 uint32_t print_catalogue(const MediaDescriptor *md, const Patterns &patterns)

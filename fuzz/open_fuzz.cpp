@@ -91,7 +91,7 @@ void walk(MediaDescriptor *md)
 
 void print_line(void *, const MediaDescriptor *md, const FileInfo *info)
 {
-    print_list_entry(md, info, false);
+    print_list_entry(md, info, 0);
 }
 
 void print_all(const MediaDescriptor *md, const char *const *filespec)

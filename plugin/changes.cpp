@@ -12,7 +12,7 @@
 #include "plugin/state.h"
 #include "volume/format.h"
 #include "volume/names.h"
-#include "volume/operations.h"
+#include "volume/operations_inner.h"
 
 namespace
 {
@@ -46,10 +46,29 @@ void rename_entry(FileInfo *info, const char *name)
     std::memcpy(info->name, name, strnlen(name, limit));
 }
 
-int32_t copy_entry(FileInfo *info, FileInfo *target, bool overwrite)
+// The name from which the engine makes that of the target: it adds the marker of a Pascal type itself.
+const char *name_of_copy(const FileInfo *info, const FileInfo *target, char *plain)
 {
-    if (image_copy_file(plugin.medium, info, plugin.medium, target->name, overwrite) >= 0) return FILE_OK;
+    const uint32_t format = plugin.medium->format;
+    FileInfo trial = *info;
+    decode_filename(target, format, plain);
+    encode_filename(&trial, format, plain);
+    return std::strcmp(trial.name, target->name) == 0 ? plain : target->name;
+}
+
+// The engine's copy, with the log line of its exported function. The list may have lost the file that gave way, and
+// hold one that isn't whole: a failed copy leaves none of that for the next write.
+int32_t copy_entry(const FileInfo *info, const FileInfo *target, bool overwrite)
+{
+    MediaDescriptor *md = plugin.medium;
+    char plain[VISIBLE_NAME_SIZE];
+    const char *name = name_of_copy(info, target, plain);
+    log_file(3, "image_copy file(md=%lu, from_file=%lu, dest_md=%lu, to_file=\"%s\", overwrite=%d)\n", log_pointer(md),
+             log_pointer(info), log_pointer(md), name, overwrite ? 1 : 0);
+    const Copying copying = copy_file(md, info, md, {.to_file = name, .overwrite = overwrite});
+    if (copying.result >= 0) return FILE_OK;
     plugin_report_error();
+    if (copying.deleted_old || copying.entry != nullptr) reread_tables();
     return FILE_WRITE_FAILED;
 }
 } // namespace
@@ -75,10 +94,14 @@ int32_t FsRenMovFile(const char *old_name, const char *new_name, int32_t move, i
         if (overwrite == 0) return FILE_EXISTS;
         if (found == info && move != 0) return FILE_OK; // a file takes its own place
         target = *found;
-        // A copy takes the file's place itself; one that fails leaves nothing for a later write to lose.
-        if (move != 0) image_delete_file(plugin.medium, found, 0);
     }
     fill_target(&target, new_name);
+    if (move != 0 && !may_be_called(plugin.medium, info, target.name)) {
+        plugin_report_error();
+        return FILE_WRITE_FAILED;
+    }
+    // A copy takes the file's place itself.
+    if (move != 0 && found != nullptr) image_delete_file(plugin.medium, found, 0);
     begin_progress(old_name, new_name);
     int32_t result = FILE_OK;
     if (move != 0) {

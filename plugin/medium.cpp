@@ -3,6 +3,7 @@
 #include "plugin/state.h"
 #include "volume/allocation.h"
 #include "volume/open.h"
+#include "volume/state.h"
 #include "volume/table.h"
 
 namespace
@@ -35,6 +36,14 @@ void plugin_close_medium()
 {
     image_close(plugin.medium);
     plugin.medium = nullptr;
+}
+
+void reread_tables()
+{
+    MediaDescriptor *md = plugin.medium;
+    const int32_t result = get_file_table(md, nullptr, nullptr, 0, 0, 0, 0, 0, 1);
+    if (md->state != nullptr) md->state->table_result = result;
+    get_alloc_table(md, 0);
 }
 
 bool write_tables()

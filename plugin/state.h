@@ -48,7 +48,8 @@ int32_t plugin_select_target();      // 0, or -1 when none is chosen afterwards
 int32_t plugin_check_config_files(); // reads tarvo.ini; 0, or -1 after messages
 int32_t plugin_open_medium();        // 0, or -1 with last error 995
 void plugin_close_medium();
-bool write_tables(); // main and spare; false after the host was told the error
+bool write_tables();  // main and spare; false after the host was told the error
+void reread_tables(); // what is in memory gives way to what the medium says
 
 // ---- what the exports share
 // ----------------------------------------------------------------------------

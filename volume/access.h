@@ -47,9 +47,11 @@ struct MediumAccess {
     // Writes so many records; ends: the stream's last one is among them. How many were written: fewer, or -1, is a
     // failure, with the error set.
     int32_t (*write_stream)(MediumStream *stream, const uint8_t *buffer, uint32_t records, bool ends) = nullptr;
-    int32_t (*close_stream)(MediumStream *stream) = nullptr; // 0 or -1; absent: nothing is to be done
-    uint64_t (*end_record)(MediaDescriptor *md) = nullptr;   // first record wholly behind the end of the medium
-    void (*refresh)(MediaDescriptor *md) = nullptr;          // forget what was read ahead; absent: nothing is
+    int32_t (*close_stream)(MediumStream *stream) = nullptr;     // 0 or -1; absent: nothing is to be done
+    uint64_t (*end_record)(MediaDescriptor *md) = nullptr;       // first record wholly behind the end of the medium
+    uint64_t (*hardware_records)(MediaDescriptor *md) = nullptr; // what the drive holds; absent: no limit
+    int32_t (*make_blank)(MediaDescriptor *md) = nullptr;        // what the medium's format command does; absent: none
+    void (*refresh)(MediaDescriptor *md) = nullptr;              // forget what was read ahead; absent: nothing is
     void (*close)(MediaDescriptor *md) = nullptr;
     DeviceGeometry (*device_geometry)(const MediaDescriptor *md) = nullptr; // absent: the medium has none of its own
     bool clears_rest_of_directory = false;                                  // a rewrite goes on behind the end mark

@@ -15,7 +15,9 @@
 #include "volume/allocation_inner.h"
 #include "volume/format.h"
 #include "volume/list.h"
+#include "volume/live_files.h"
 #include "volume/region.h"
+#include "volume/spare.h"
 #include "volume/survey.h"
 
 namespace
@@ -79,31 +81,50 @@ void free_runs(AllocEntry *run)
     }
 }
 
-void write_run(const MediaDescriptor *md, const AllocEntry *run, uint8_t *entry)
-{
-    if (md->alloc_entry_size == short_entry) {
-        set_word(entry, static_cast<uint16_t>(run->location));
-        set_word(entry + 2, static_cast<uint16_t>(run->size));
-    } else {
-        set_dword(entry, run->location);
-        set_dword(entry + 4, run->size);
-    }
-}
-
 struct RunWriter {
     const AllocEntry *next;
     bool ended;
+    bool lossy; // a run could not be written, or not all of it
     uint32_t bytes;
 };
+
+void write_run(const MediaDescriptor *md, RunWriter *writer, uint8_t *entry)
+{
+    const AllocEntry *run = writer->next;
+    uint32_t size = run->size;
+    if (md->alloc_entry_size == short_entry) {
+        size = std::min(size, largest_run);
+        set_word(entry, static_cast<uint16_t>(run->location));
+        set_word(entry + 2, static_cast<uint16_t>(size));
+    } else {
+        set_dword(entry, run->location);
+        set_dword(entry + 4, size);
+    }
+    writer->bytes += size * RECORD_SIZE;
+    writer->lossy |= size != run->size;
+    writer->next = run->next;
+}
+
+// Goes on to the next run that is written. An entry whose first word is 65535 would end the table. The table of a 9825
+// is filled up with zero entries, which were read as empty runs and come again as what is left of it.
+void find_next_run(const MediaDescriptor *md, RunWriter *writer)
+{
+    const uint32_t first_unwritable = md->alloc_entry_size == short_entry ? 0xFFFF : 0xFFFF0000;
+    for (; writer->next != nullptr; writer->next = writer->next->next) {
+        const AllocEntry *run = writer->next;
+        bool filling = md->magic == 0 && run->location == 0 && run->size == 0;
+        if (!filling && run->location < first_unwritable) return;
+        writer->lossy |= !filling;
+    }
+}
 
 void fill_record(const MediaDescriptor *md, RunWriter *writer, uint8_t *bytes)
 {
     std::memset(bytes, 0, RECORD_SIZE);
     for (uint32_t offset = 0; !writer->ended && offset < RECORD_SIZE; offset += md->alloc_entry_size) {
         if (writer->next != nullptr) {
-            write_run(md, writer->next, bytes + offset);
-            writer->bytes += writer->next->size * RECORD_SIZE;
-            writer->next = writer->next->next;
+            write_run(md, writer, bytes + offset);
+            find_next_run(md, writer);
             continue;
         }
         // The table of a 9825, whose magic is 0, has no end mark.
@@ -126,22 +147,25 @@ bool is_system_space(const MediaDescriptor *md, Region region)
     return std::any_of(std::begin(taken), std::end(taken), meets);
 }
 
-bool may_hand_out(MediaDescriptor *md, Region region)
+bool may_hand_out(MediaDescriptor *md, const LiveFiles &live, Region region)
 {
     uint64_t end = md->records != 0 ? md->records : end_record(md);
     return region.start <= largest_position && region.start + region.length <= end && !is_system_space(md, region) &&
-           live_file_in(md, region) == nullptr;
+           !live.meet(region);
 }
 
 // Best fit: the smallest run that is large enough, of equal ones the first. A run that holds something else is no run.
 uint16_t allocate_run(MediaDescriptor *md, uint32_t size)
 {
+    const LiveFiles live(md);
+    if (!live.known()) return 0;
+    const uint32_t checked = std::max(size, uint32_t{1}); // an empty file has a place too
     AllocEntry **best = nullptr;
     // Kept: a run of 65535 or more records is never taken.  [KeepsRunsOf65535RecordsUnused]
     uint32_t best_size = largest_run;
     for (AllocEntry **link = &md->alloc_list; *link != nullptr; link = &(*link)->next) {
         const AllocEntry *run = *link;
-        if (run->size < size || run->size >= best_size || !may_hand_out(md, {run->location, size})) continue;
+        if (run->size < size || run->size >= best_size || !may_hand_out(md, live, {run->location, checked})) continue;
         best = link;
         best_size = run->size;
     }
@@ -159,9 +183,10 @@ uint16_t allocate_run(MediaDescriptor *md, uint32_t size)
 
 uint16_t allocate_behind_files(const MediaDescriptor *md, uint32_t size, uint64_t end)
 {
+    const uint64_t largest = std::min(largest_position, volume_format(md->format).largest_location);
     // The stored start of the file area is a sum of two figures of the header and may have wrapped.
     uint64_t position = std::max({uint64_t{md->file_area_start}, uint64_t{md->dir_start} + md->dir_size, end});
-    if (position > largest_position) return 0;
+    if (position > largest) return 0;
     if (md->records != 0 && position + size > md->records) return 0;
     return static_cast<uint16_t>(position);
 }
@@ -191,14 +216,17 @@ int32_t update_alloc_table(MediaDescriptor *md, int32_t use_spare)
     if (!volume_format(md->format).has_allocation_table) return 0;
     uint32_t start = use_spare != 0 ? md->spare_alloc_start : md->alloc_start;
     refresh_medium(md);
-    if (!entry_size_known(md) || !table_fits(md, {start, md->alloc_size})) return -1;
-    RunWriter writer = {md->alloc_list, false, 0};
+    const Region table = {start, md->alloc_size};
+    if (!entry_size_known(md) || !table_fits(md, table) || !spare_fits(md, md->alloc_start, table)) return -1;
+    RunWriter writer = {md->alloc_list, false, false, 0};
+    find_next_run(md, &writer);
     for (uint32_t record = 0; record < md->alloc_size; record++) {
         uint8_t bytes[RECORD_SIZE];
         fill_record(md, &writer, bytes);
         if (write_record(md, start + record, bytes) < 0) return -1;
     }
     if (writer.next != nullptr) log_file(1, "Allocation table is full, free space is lost\n");
+    if (writer.lossy) log_file(1, "Allocation table can't hold all runs, free space is lost\n");
     if (writer.bytes != md->free_bytes) {
         log_file(1, "File and allocation table report different free space (%lu vs. %lu)\n",
                  static_cast<unsigned long>(md->free_bytes), static_cast<unsigned long>(writer.bytes));
@@ -233,7 +261,8 @@ void image_free_allocation(MediaDescriptor *md, uint32_t location, uint32_t size
 {
     log_file(3, "image_free_allocation(md=%lu, location=%lu, size=%lu)\n", log_pointer(md),
              static_cast<unsigned long>(location), static_cast<unsigned long>(size));
-    if (!volume_format(md->format).has_allocation_table) return;
+    // A run of nothing would take a slot of the table, and keep the runs on both sides apart.
+    if (!volume_format(md->format).has_allocation_table || size == 0) return;
     const uint64_t end = uint64_t{location} + size;
     AllocEntry **link = &md->alloc_list;
     for (; *link != nullptr && (*link)->location <= location; link = &(*link)->next) {

@@ -19,7 +19,7 @@ TARVO_API int32_t get_alloc_table(MediaDescriptor *md, int32_t use_spare);
  * nothing written; -1 with the error of a failed write. */
 TARVO_API int32_t update_alloc_table(MediaDescriptor *md, int32_t use_spare);
 
-/* Finds room for a file of size records. Returns its first record, 0 for no space. Errors set: none. */
+/* Finds room for a file of size records. Returns its first record, 0 for no space. Errors set: 105, with 0. */
 TARVO_API uint16_t image_allocate(MediaDescriptor *md, uint32_t size);
 
 /* Gives records back to the free list; nothing on formats without one. Errors set: 105, the range is then lost. */

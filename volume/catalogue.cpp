@@ -131,12 +131,12 @@ void print_system45_entry(const MediaDescriptor *md, const FileInfo *info)
     line.finish();
 }
 
-void print_sdf_entry(const MediaDescriptor *md, const FileInfo *info, bool recursive)
+void print_sdf_entry(const MediaDescriptor *md, const FileInfo *info, uint32_t list_level)
 {
     EntryTexts texts;
     take_texts(md, info, 1, &texts);
     char name[32] = "/////";
-    size_t shift = recursive && info->level >= 2 ? std::min<size_t>(info->level - 1, 5) : 0;
+    size_t shift = list_level >= 2 ? std::min<size_t>(list_level - 1, 5) : 0;
     std::memcpy(name + shift, texts.name, std::strlen(texts.name) + 1);
     name[21] = '\0';
     Line line;
@@ -215,13 +215,13 @@ void print_list_header(const MediaDescriptor *md)
     output_flush();
 }
 
-void print_list_entry(const MediaDescriptor *md, const FileInfo *info, bool recursive)
+void print_list_entry(const MediaDescriptor *md, const FileInfo *info, uint32_t list_level)
 {
     switch (md->format) {
     case FORMAT_DISK45:
     case FORMAT_TAPE45: print_system45_entry(md, info); break;
     case FORMAT_LIF: print_lif_entry(md, info); break;
-    case FORMAT_SDF: print_sdf_entry(md, info, recursive); break;
+    case FORMAT_SDF: print_sdf_entry(md, info, list_level); break;
     default: break;
     }
 }

@@ -5,9 +5,10 @@
 
 #include "volume/media.h"
 
-// The head, or one line, by the format of md, into the engine's output; the caller flushes.
+// The head, or one line, by the format of md, into the engine's output; the caller flushes. list_level: that of a
+// listing which goes into directories, 0 for another one.
 void print_list_head(const MediaDescriptor *md);
-void print_list_entry(const MediaDescriptor *md, const FileInfo *info, bool recursive);
+void print_list_entry(const MediaDescriptor *md, const FileInfo *info, uint32_t list_level);
 
 using EntryVisitor = void (*)(void *context, const MediaDescriptor *md, const FileInfo *info);
 

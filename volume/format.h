@@ -9,16 +9,24 @@ struct VolumeFormat {
     const char *name; // shown to users
     // Is this its record 0? 1 yes, 0 no, -1 a further record that it looks at can't be read.
     int32_t (*claims)(MediaDescriptor *md, const uint8_t *record) = nullptr;
-    int32_t (*read_header)(MediaDescriptor *md, const uint8_t *record) = nullptr; // 0, or -1 with the error set
+    // 0; 1: nothing else is to be looked for on this medium; -1 with the error set.
+    int32_t (*read_header)(MediaDescriptor *md, const uint8_t *record) = nullptr;
     // As get_file_info, without what all formats share. Absent: error 203.
     int32_t (*read_entry)(MediaDescriptor *md, FileInfo *info, const uint8_t *entry, uint32_t *ret_size) = nullptr;
     void (*write_entry)(const MediaDescriptor *md, const FileInfo *info, uint8_t *entry) = nullptr; // absent: read only
     void (*write_end_mark)(uint8_t *slot) = nullptr;
-    void (*complete_info)(FileInfo *info);   // as add_file_info
-    uint32_t first_entry = 0;                // bytes ahead of the first entry of the directory
-    const uint8_t *directory_head = nullptr; // these bytes
-    uint32_t name_limit = 16;                // characters
-    bool has_spare_directory = false;        // written with each change of the main one
+    void (*complete_info)(FileInfo *info); // as add_file_info
+    // Record 0 of a new volume, into zeroed bytes; places that always are the same go into md. Absent: none can be laid
+    // out.
+    void (*compose_header)(MediaDescriptor *md, uint8_t *record) = nullptr;
+    uint8_t fill_pattern[4] = {0xFF, 0xFF, 0xFF, 0xFF}; // of the file area of a new volume
+    uint32_t first_entry = 0;                           // bytes ahead of the first entry of the directory
+    const uint8_t *directory_head = nullptr;            // these bytes
+    uint32_t name_limit = 16;                           // characters
+    uint32_t largest_location = 0xFFFFFFFF;             // first record that an entry can say
+    uint32_t most_records = 0xFFFFFFFF;                 // logical records that an entry can say
+    bool says_logical_records = false;                  // an entry: how many and how long, not bytes
+    bool has_spare_directory = false;                   // written with each change of the main one
     bool reads_spare_directory = false;
     bool has_allocation_table = false;
     bool may_hold_hfs = false; // record 32 is probed for a second file system

@@ -16,6 +16,7 @@
 #include "base/output.h"
 #include "base/timing.h"
 #include "volume/open.h"
+#include "volume/scratch.h"
 
 namespace
 {
@@ -288,6 +289,20 @@ int32_t image_write_stream(MediumStream *stream, const uint8_t *buffer, uint32_t
     return bytes < 0 ? -1 : bytes / RECORD_SIZE;
 }
 
+// A failed write isn't looked at: what was asked for is a medium without a volume.
+int32_t image_make_blank(MediaDescriptor *md)
+{
+    const Scratch zeros(transfer_bytes);
+    if (!zeros) return -1;
+    const uint64_t end = (uint64_t{md->size} + RECORD_SIZE - 1) / RECORD_SIZE * RECORD_SIZE;
+    for (uint64_t position = 0; position < end; position += transfer_bytes) {
+        const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(transfer_bytes, end - position));
+        if (file_seek(md->file, static_cast<uint32_t>(position)) == 1) file_write(md->file, zeros.bytes(), bytes);
+    }
+    file_sync(md->file);
+    return 0;
+}
+
 void image_refresh(MediaDescriptor *md)
 {
     if (md->state != nullptr) md->state->window_generation = nothing_known;
@@ -307,6 +322,7 @@ const MediumAccess image_access = {
     .read_stream = image_read_stream,
     .write_stream = image_write_stream,
     .end_record = image_end_record,
+    .make_blank = image_make_blank,
     .refresh = image_refresh,
     .close = image_close_file,
     .clears_rest_of_directory = true,

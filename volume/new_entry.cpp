@@ -11,6 +11,7 @@
 #include "volume/access.h"
 #include "volume/allocation.h"
 #include "volume/allocation_inner.h"
+#include "volume/format.h"
 #include "volume/insert.h"
 #include "volume/names.h"
 #include "volume/navigate.h"
@@ -81,6 +82,18 @@ void log_call(const MediaDescriptor *md, const FileInfo *new_file, int32_t initi
              log_pointer(new_file), initialize, static_cast<unsigned>(pattern));
 }
 
+// An entry that says logical records claims the whole of the last one, so the file gets the room for it.
+int32_t take_whole_records(const MediaDescriptor *md, FileInfo *new_file)
+{
+    const VolumeFormat &format = volume_format(md->format);
+    if (new_file->records > format.most_records) return file_error(211, new_file);
+    if (!format.says_logical_records) return 0;
+    const uint64_t bytes = uint64_t{new_file->records} * new_file->record_len * 2;
+    if (bytes > UINT32_MAX) return file_error(211, new_file);
+    if ((bytes + RECORD_SIZE - 1) / RECORD_SIZE > records_of(new_file)) new_file->size = static_cast<uint32_t>(bytes);
+    return 0;
+}
+
 FileInfo *make_entry(MediaDescriptor *md, FileInfo *new_file, ListSurvey *survey)
 {
     if (check_name(md, new_file, survey) < 0) return nullptr;
@@ -89,7 +102,7 @@ FileInfo *make_entry(MediaDescriptor *md, FileInfo *new_file, ListSurvey *survey
         survey_list(md, &own);
         survey = &own;
     }
-    if (check_room(md, new_file, *survey) < 0) return nullptr;
+    if (check_room(md, new_file, *survey) < 0 || take_whole_records(md, new_file) < 0) return nullptr;
     const uint16_t location = allocate_records(md, records_of(new_file), survey->end);
     if (location < 1) {
         file_error(211, new_file);

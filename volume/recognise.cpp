@@ -80,6 +80,7 @@ int32_t get_media_info(MediaDescriptor *md)
     int32_t result = format.read_header == nullptr ? recognise_hfs_alone(md) : format.read_header(md, record);
     if (result < 0) return -1;
     md->format = static_cast<uint32_t>(number);
+    if (result > 0) return 0;
     if (format.may_hold_hfs && probe_hfs(md, second_volume_record) < 0) return -1;
     if (md->hfs_present != 0 && md->prefer_hfs != 0) {
         md->format = FORMAT_HFS;

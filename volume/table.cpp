@@ -1,6 +1,8 @@
 // Reads a directory into a list.
 #include "volume/table.h"
 
+#include <cstring>
+
 #include "base/error.h"
 #include "base/log.h"
 #include "base/log_pointer.h"
@@ -14,6 +16,8 @@
 
 namespace
 {
+constexpr uint32_t longest_entry = 32; // bytes, of any format
+
 struct Options {
     bool sort;
     bool check;
@@ -31,16 +35,18 @@ struct Walk { // one directory on its way into a list
     bool searching; // for a directory by its path: nothing is listed
     uint32_t start; // first record of the directory
     FileList list;
-    uint32_t bytes; // taken by the files read so far
+    uint32_t bytes;   // taken by the files read so far
+    uint32_t carried; // bytes of an entry that began at the end of the record before
+    uint8_t carry[longest_entry];
 };
 
 enum class Step : uint8_t { next, end, failed };
 
-// An entry that can't be read is left out, or ends everything, as the caller wants.
-Step refuse_entry(Walk *walk, uint32_t record, uint32_t entry)
+// An entry that can't be read is left out, or ends everything, as the caller wants. A purged one is no loss.
+Step refuse_entry(Walk *walk, uint32_t record, uint32_t entry, bool purged)
 {
     if (walk->options.repair) return Step::next;
-    if (walk->md->state != nullptr) walk->md->state->refused_entries++;
+    if (walk->md->state != nullptr && !purged) walk->md->state->refused_entries++;
     if (walk->options.check) return Step::failed;
     log_file(1, "Corrupt directory data (%s) at block %d entry %d\n", global_error_info,
              static_cast<int>(walk->start + record), static_cast<int>(entry));
@@ -74,18 +80,29 @@ Step read_entry(Walk *walk, const uint8_t *bytes, uint32_t record, uint32_t entr
     uint32_t size = 0;
     int32_t result = get_file_info(walk->md, info, bytes, &size);
     if (result > 0) return take_entry(walk, info, size);
+    bool purged = info->deleted != 0;
     my_free(info);
-    return result == 0 ? Step::end : refuse_entry(walk, record, entry);
+    return result == 0 ? Step::end : refuse_entry(walk, record, entry, purged);
 }
 
+// An entry that straddles the end of a record is put together when the next one is there.
 Step read_entries(Walk *walk, const uint8_t *record_bytes, uint32_t record)
 {
     const uint32_t entry_size = walk->md->dir_entry_size;
     uint32_t offset = record == 0 ? walk->format->first_entry : 0;
-    for (uint32_t entry = 0; offset + entry_size <= RECORD_SIZE; entry++, offset += entry_size) {
+    uint32_t entry = 0;
+    if (walk->carried != 0) {
+        offset = entry_size - walk->carried;
+        std::memcpy(walk->carry + walk->carried, record_bytes, offset);
+        Step step = read_entry(walk, walk->carry, record, entry++);
+        if (step != Step::next) return step;
+    }
+    for (; offset + entry_size <= RECORD_SIZE; entry++, offset += entry_size) {
         Step step = read_entry(walk, record_bytes + offset, record, entry);
         if (step != Step::next) return step;
     }
+    walk->carried = RECORD_SIZE - offset;
+    std::memcpy(walk->carry, record_bytes + offset, walk->carried);
     return Step::next;
 }
 
@@ -98,7 +115,7 @@ Step read_records(Walk *walk)
         uint64_t number = uint64_t{walk->start} + record;
         if (number >= end) {
             set_error(213, "directory reaches behind the end of the medium");
-            return refuse_entry(walk, record, 0) == Step::failed ? Step::failed : Step::end;
+            return refuse_entry(walk, record, 0, false) == Step::failed ? Step::failed : Step::end;
         }
         if (read_record(walk->md, static_cast<uint32_t>(number), bytes) < 0) return Step::failed;
         Step step = read_entries(walk, bytes, record);
@@ -151,7 +168,8 @@ int32_t get_file_table(MediaDescriptor *md, const char *path, FileInfo *director
         md->state->refused_entries = 0;
         md->state->only_searched = walk.searching;
     }
-    Step step = md->dir_entry_size == 0 ? Step::end : read_records(&walk);
+    bool readable = md->dir_entry_size > 0 && md->dir_entry_size <= longest_entry;
+    Step step = readable ? read_records(&walk) : Step::end;
     // Kept: a path only serves to test; it lists nothing.  [KeepsPathSearchListingNothing]
     if (walk.searching && step != Step::failed) {
         output_text("No match found.\n");

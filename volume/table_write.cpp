@@ -9,6 +9,7 @@
 #include "volume/entries.h"
 #include "volume/format.h"
 #include "volume/region.h"
+#include "volume/spare.h"
 #include "volume/table.h"
 
 namespace
@@ -43,20 +44,49 @@ bool directory_holds_list(const MediaDescriptor *md, const VolumeFormat &format)
     return false;
 }
 
-void fill_record(const MediaDescriptor *md, Writer *writer, uint32_t record, uint8_t *bytes)
+bool entries_can_say(const MediaDescriptor *md, const VolumeFormat &format)
+{
+    for (const FileInfo *info = md->root; info != nullptr; info = info->next) {
+        if (info->location <= format.largest_location && info->records <= format.most_records) continue;
+        set_error(211, "file \"%s\"", info->name);
+        return false;
+    }
+    return true;
+}
+
+// A purged entry of which nothing is left but zeros would hide all that follow it.
+bool reads_as_end(MediaDescriptor *md, const Writer *writer, const uint8_t *entry)
+{
+    if (writer->next->deleted == 0) return false;
+    FileInfo scratch = {};
+    uint32_t size = 0;
+    return writer->format->read_entry(md, &scratch, entry, &size) == 0;
+}
+
+// Takes the next entry of the list into a slot. False: it isn't written, the slot is free for the one behind it.
+bool write_next(MediaDescriptor *md, Writer *writer, uint8_t *slot)
+{
+    const FileInfo *info = writer->next;
+    set_file_info(md, info, slot);
+    bool written = !reads_as_end(md, writer, slot);
+    if (written) writer->bytes += (info->size + RECORD_SIZE - 1) / RECORD_SIZE * RECORD_SIZE;
+    writer->next = info->next;
+    return written;
+}
+
+void fill_record(MediaDescriptor *md, Writer *writer, uint32_t record, uint8_t *bytes)
 {
     const uint32_t entry_size = md->dir_entry_size;
     std::memset(bytes, 0, RECORD_SIZE);
     uint32_t offset = first_offset(*writer->format, record);
     if (offset != 0) std::memcpy(bytes, writer->format->directory_head, offset);
-    for (; !writer->ended && offset + entry_size <= RECORD_SIZE; offset += entry_size) {
+    while (!writer->ended && offset + entry_size <= RECORD_SIZE) {
         if (writer->next == nullptr) {
+            std::memset(bytes + offset, 0, entry_size);
             writer->format->write_end_mark(bytes + offset);
             writer->ended = true;
-        } else {
-            set_file_info(md, writer->next, bytes + offset);
-            writer->bytes += (writer->next->size + RECORD_SIZE - 1) / RECORD_SIZE * RECORD_SIZE;
-            writer->next = writer->next->next;
+        } else if (write_next(md, writer, bytes + offset)) {
+            offset += entry_size;
         }
     }
 }
@@ -75,7 +105,9 @@ int32_t update_file_table(MediaDescriptor *md, int32_t use_spare)
     }
     uint32_t start = use_spare != 0 ? md->spare_dir_start : md->dir_start;
     refresh_medium(md);
-    if (!table_fits(md, {start, md->dir_size}) || !directory_holds_list(md, format)) return -1;
+    const Region table = {start, md->dir_size};
+    if (!table_fits(md, table) || !spare_fits(md, md->dir_start, table)) return -1;
+    if (!directory_holds_list(md, format) || !entries_can_say(md, format)) return -1;
     Writer writer = {&format, md->root, 0, false};
     for (uint32_t record = 0; record < md->dir_size; record++) {
         uint8_t bytes[RECORD_SIZE];

@@ -5,6 +5,9 @@ _Static_assert(sizeof(TimeRecord) == 36, "nine 32-bit fields");
 _Static_assert(sizeof(SystemTime) == 16, "eight 16-bit fields");
 _Static_assert(sizeof(FindDataA) == 320, "the find record of the host");
 _Static_assert(sizeof(LifType) == 36, "type, name and system");
+_Static_assert(sizeof(MediaTableRow) == 2 * sizeof(char *) + (sizeof(char *) == 8 ? 48 : 44),
+               "two texts, eleven numbers");
+_Static_assert(sizeof(hp9825_boot) == 30720, "120 records");
 _Static_assert(sizeof(AtomicInt) == 4, "a plain 32-bit cell");
 _Static_assert(sizeof(FileHandle) == 8, "a handle of any system");
 

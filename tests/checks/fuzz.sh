@@ -14,6 +14,7 @@ targets=(
     names:600
     get:65536
     put:65536
+    operations:32768
     content:8192
     lines:8192
 )

@@ -20,6 +20,53 @@ VOLUMES = {
 RECORD = 256
 
 
+def disk_entry(name, start, records, words=128, kind=0x2400, mark=0):
+    kind |= start >> 16 & 0x7F
+    return name.encode("latin-1").ljust(6, b"\0") + struct.pack(">HHHHBB", start & 0xFFFF, records, words, kind, 0, mark)
+
+
+def tape_entry(name, start, records, words=128, kind=0x24):
+    return name.encode("latin-1").ljust(6, b"\0") + struct.pack(">BBHH", kind | start >> 8, start & 0xFF, records, words)
+
+
+def disk(entries, runs, magic=0x0500, long_runs=False, end=b"\0\0\xff\xff", records=100):
+    """A disk of ten records a track: directory at 1 and 2, availability table at 3, their copies at 11, files from 20."""
+    head = struct.pack(">10H", magic, 10, 10, 1, 1, 3, 4, 2, 8, 7) + bytes(7) + bytes((1 if long_runs else 0,))
+    directory = b"".join(entries) + end
+    table = b"".join(struct.pack(">LL" if long_runs else ">HH", *run) for run in runs)
+    table += b"" if magic == 0 else b"\xff\xff\xff\xff"
+    tables = directory.ljust(2 * RECORD, b"\0") + table.ljust(RECORD, b"\0")
+    image = head.ljust(RECORD, b"\0") + tables + bytes(7 * RECORD) + bytes(RECORD) + tables
+    return (image + bytes(6 * RECORD) + b"content".ljust(RECORD, b"x") * 10).ljust(records * RECORD, b"\0")
+
+
+def tape(entries, end=b"\xff\xff", records=40):
+    directory = (b"\x05\x00\xff\xff" + b"".join(entries[:21])).ljust(RECORD, b"\0") + b"".join(entries[21:])
+    directory = (b"\x05\x00\xff\xff" + b"".join(entries) + end if len(entries) < 21 else directory + end)
+    directory = directory.ljust(2 * RECORD, b"\0")
+    return (bytes(RECORD) + directory * 2 + b"tape".ljust(RECORD, b"t") * 12).ljust(records * RECORD, b"\0")
+
+
+def system45_images():
+    """Disks and tapes of the 9845 family, and some that claim what can't be."""
+    files = [disk_entry("ALPHA", 20, 2), disk_entry("BETA", 22, 3, 256, 0xC800, 0x70), disk_entry("GAMMA", 28, 1)]
+    files_of_9825 = struct.pack(">10H", 0, 30, 67, 1, 1, 23, 24, 2, 65, 0).ljust(RECORD, b"\0") + b"\0\0\xff\xff"
+    on_tape = [tape_entry("ALPHA", 5, 2), tape_entry("BETA", 7, 1, 256, 0xC8), tape_entry("GAMMA", 9, 1)]
+    return {
+        "disk45": disk(files, [(29, 71)]),
+        "disk45-long": disk(files, [(29, 71)], 0x0600, True),
+        "disk45-gaps": disk(files[1:], [(20, 2), (29, 71)]),
+        "disk45-overlap": disk(files + [disk_entry("OVER", 21, 5)], [(19, 30), (25, 60), (0, 100), (0xFFFE, 0xFFFE)]),
+        "disk45-wrap": disk(files, [(29, 71), (0xFFFFFFF0, 0x20), (0x7FFFFFFF, 0x80000001)], 0x0500, True),
+        "disk45-endless": disk([disk_entry(f"F{i}", 20 + i, 1) for i in range(32)], [(50, 1)] * 64, end=b""),
+        "disk45-claims": disk(files + [disk_entry("WIDE", 60, 0xFFFF, 0xFFFF), disk_entry("FAR", 0x7FFFFF, 1)], [(61, 9)]),
+        "9825": files_of_9825.ljust(90 * RECORD, b"\0"),
+        "tape45": tape(on_tape),
+        "tape45-places": tape([tape_entry(f"T{start}", start, 1) for start in range(0, 1024, 73)]),
+        "tape45-endless": tape([tape_entry(f"T{i}", 5 + i, 1) for i in range(42)], b""),
+    }
+
+
 def make_images(folder):
     """The volumes as bytes, by name."""
     images = {}
@@ -28,11 +75,15 @@ def make_images(folder):
         images[name] = (folder / "volume").read_bytes()
     (folder / "volume").unlink()
     images["short"] = images["demo"][:1024]
+    images.update(system45_images())
     return images
 
 
+SYSTEM45 = tuple(system45_images())
+
+
 def open_seeds(images):
-    for image in ("demo", "few", "many", "short"):
+    for image in ("demo", "few", "many", "short", *SYSTEM45):
         for flags in (0x0404, 0x145E, 0x4AE4, 0x802C):
             yield f"{image}-{flags:04x}", struct.pack("<H", flags) + images[image]
 
@@ -47,7 +98,7 @@ def names_seeds(_):
 
 def get_seeds(images):
     rows = ((0x00, 0), (0x03, 0), (0x08, 5), (0x10, 1), (0x20, 1), (0x41, 0), (0x84, 1))
-    for image in ("demo", "texts", "short"):
+    for image in ("demo", "texts", "short", *SYSTEM45):
         for options, number in rows:
             yield f"{image}-{options:02x}", bytes((options, number)) + images[image]
 
@@ -76,10 +127,36 @@ PUT_ROWS = {
 
 
 def put_seeds(images):
-    for image in ("demo", "texts", "empty"):
+    for image in ("demo", "texts", "empty", "disk45", "disk45-gaps", "disk45-overlap", "disk45-wrap", "tape45"):
         for seed, (flags, options, number, file_type, name, source) in PUT_ROWS.items():
             head = struct.pack(">BBBHB", flags, options, number, file_type, len(name)) + struct.pack("<H", len(source))
             yield f"{image}-{seed}", head + name + source + images[image]
+
+
+# name of the seed: command, options, number of what fails, mask, type, pattern, new name
+OPERATION_ROWS = {
+    "list": (0, 0x00, 0, 0, 0, b"", b""),
+    "create": (1, 0x00, 3, 128, 0x2400, b"", b"NEW"),
+    "copy": (2, 0x18, 0, 0, 0, b"ALPHA", b"COPY.DATA"),
+    "copy-all-to-lif": (2, 0x01, 0, 0, 0, b"", b""),
+    "copy-all-to-disk": (2, 0x03, 0, 0, 0, b"", b""),
+    "copy-to-tape": (2, 0x0D, 0, 0, 0, b"*A*", b""),
+    "delete": (3, 0x08, 0, 0, 0, b"ALPHA", b""),
+    "delete-all": (3, 0x00, 0, 0, 0, b"", b""),
+    "move": (4, 0x01, 0, 0, 0, b"", b""),
+    "rename": (4, 0x18, 0, 0, 0, b"BETA", b"NEW"),
+    "attributes": (5, 0x08, 0, 0x0F, 0x2400, b"GAMMA", b""),
+    "pack": (6, 0x00, 0, 0, 0, b"", b""),
+    "failing-write": (3, 0x48, 1, 0, 0, b"ALPHA", b""),
+    "failing-read": (2, 0x58, 2, 1, 0, b"ALPHA", b"COPY"),
+}
+
+
+def operations_seeds(images):
+    for image in ("demo", *SYSTEM45):
+        for seed, (command, options, number, mask, file_type, pattern, name) in OPERATION_ROWS.items():
+            head = struct.pack(">BBBBHBB", command, options, number, mask, file_type, len(pattern), len(name))
+            yield f"{image}-{seed}", head + pattern + name + images[image]
 
 
 def of_blocks(content):
@@ -131,6 +208,7 @@ TARGETS = {
     "names": names_seeds,
     "get": get_seeds,
     "put": put_seeds,
+    "operations": operations_seeds,
     "content": content_seeds,
     "lines": lines_seeds,
 }

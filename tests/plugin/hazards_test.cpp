@@ -76,10 +76,29 @@ TEST(PluginHazards, Hazard_J3_CopyOverAFileThatFailsLeavesNothingForTheNextWrite
     const PluginHost host(file.path());
     begin_operation();
     const uint32_t used_before = plugin.medium->used_bytes;
-    EXPECT_EQ(copy_file("ONE.ASCII", "TWO.ASCII", true), FILE_WRITE_FAILED);
+    {
+        const FileFaults fault(FileFault::write, 1);
+        EXPECT_EQ(copy_file("ONE.ASCII", "TWO.ASCII", true), FILE_WRITE_FAILED);
+        EXPECT_TRUE(fault.reached);
+    }
+    EXPECT_TRUE(contains(host.messages.back(), "File write error")) << host.messages.back();
     EXPECT_EQ(plugin.medium->used_bytes, used_before);
     EXPECT_EQ(FsSetAttr(host_path("ONE.ASCII").c_str(), 0), 1);
     EXPECT_EQ(names_after_reopening(), (Names{"ONE.ASCII", "TWO.ASCII", "THREE.BAS8x"}));
+}
+
+TEST(PluginHazards, NamesThatReadingWouldRefuseAreNotGiven)
+{
+    const Bytes before = lif_image(one_two_three());
+    const TemporaryFile file(before);
+    const PluginHost host(file.path());
+    begin_operation();
+    EXPECT_EQ(rename_file("ONE.ASCII", ".ASCII", false), FILE_WRITE_FAILED);
+    EXPECT_EQ(rename_file("ONE.ASCII", "          X.ASCII", false), FILE_WRITE_FAILED);
+    EXPECT_EQ(copy_file("ONE.ASCII", ".ASCII", false), FILE_WRITE_FAILED);
+    EXPECT_TRUE(contains(host.messages.back(), "empty filename")) << host.messages.back();
+    EXPECT_EQ(listed_names(), (Names{"ONE.ASCII", "TWO.ASCII", "THREE.BAS8x"}));
+    EXPECT_EQ(file.bytes(), before);
 }
 
 TEST(PluginHazards, Hazard_J4_MoveOntoItselfIsDoneAtOnce)

@@ -322,7 +322,10 @@ Bytes read_file(const std::string &path)
 {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw std::filesystem::filesystem_error("can't read", path, std::make_error_code(std::errc::io_error));
-    return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    Bytes content(std::filesystem::file_size(path));
+    file.read(reinterpret_cast<char *>(content.data()), static_cast<std::streamsize>(content.size()));
+    content.resize(static_cast<size_t>(file.gcount()));
+    return content;
 }
 
 }

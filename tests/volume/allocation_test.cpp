@@ -166,6 +166,14 @@ TEST(FreeingRecords, IntoAnEmptyList)
     EXPECT_EQ(runs_of(hand->md), (Runs{{200, 5}}));
 }
 
+TEST(FreeingRecords, AnEmptyFileLeavesNoRun)
+{
+    const auto hand = disc_with({{100, 20}, {300, 10}});
+    image_free_allocation(&hand->md, 300, 0);
+    image_free_allocation(&hand->md, 200, 0);
+    EXPECT_EQ(runs_of(hand->md), (Runs{{100, 20}, {300, 10}}));
+}
+
 TEST(FreeingRecords, OtherFormatsHaveNothingToFree)
 {
     const auto hand = disc();

@@ -72,11 +72,11 @@ std::string header_of(const MediaDescriptor &md)
     return output.text();
 }
 
-std::string line_of(uint32_t format, const FileInfo &info, bool recursive = false)
+std::string line_of(uint32_t format, const FileInfo &info, uint32_t list_level = 0)
 {
     const MediaDescriptor md = of_format(format);
     const OutputCapture output;
-    print_list_entry(&md, &info, recursive);
+    print_list_entry(&md, &info, list_level);
     return output.text();
 }
 
@@ -382,13 +382,13 @@ TEST(ListLine, SdfNamesAreShiftedByTheirLevel)
 {
     FileInfo info = dated("ABC", "DATA");
     info.level = 3;
-    EXPECT_EQ(line_of(FORMAT_SDF, info, true).substr(0, 25), "//ABC                   3");
-    EXPECT_EQ(line_of(FORMAT_SDF, info, false).substr(0, 25), "ABC                     3");
+    EXPECT_EQ(line_of(FORMAT_SDF, info, 3).substr(0, 25), "//ABC                   3");
+    EXPECT_EQ(line_of(FORMAT_SDF, info, 0).substr(0, 25), "ABC                     3");
     info.level = 9;
-    EXPECT_EQ(line_of(FORMAT_SDF, info, true).substr(0, 25), "/////ABC                9");
+    EXPECT_EQ(line_of(FORMAT_SDF, info, 9).substr(0, 25), "/////ABC                9");
     FileInfo longest = dated("ABCDEFGHIJKLMNOP", "DATA");
     longest.level = 999;
-    EXPECT_EQ(line_of(FORMAT_SDF, longest, true).substr(0, 25), "/////ABCDEFGHIJKLMNOP 999");
+    EXPECT_EQ(line_of(FORMAT_SDF, longest, 999).substr(0, 25), "/////ABCDEFGHIJKLMNOP 999");
 }
 
 TEST(ListLine, UnknownFormatsPrintNothing)

@@ -128,7 +128,7 @@ void look_at(MediaDescriptor *md)
     for (const FileInfo *info = md->root; info != nullptr; info = info->next) {
         char name[VISIBLE_NAME_SIZE];
         compose_filename(md, info, name);
-        print_list_entry(md, info, false);
+        print_list_entry(md, info, 0);
         image_find_typed_file(md, md->root, name, 0, 0);
     }
     const char *filespec[] = {"*", nullptr};

@@ -223,38 +223,11 @@ TEST(Recognition, TheMagicOfRecordOneIsShownForWhatIsUnknown)
     EXPECT_EQ(hand.md.format, uint32_t{FORMAT_UNKNOWN});
 }
 
-TEST(Recognition, System45DiscsAreNotSupported)
-{
-    for (const uint16_t magic : {uint16_t{0x0200}, uint16_t{0x0500}, uint16_t{0x0600}}) {
-        Bytes image = image_of_records(16);
-        set_word_at(image, 0, magic);
-        expect_refused(image, 109, "System 45");
-    }
-}
-
 TEST(Recognition, SdfIsNotSupported)
 {
     Bytes image = image_of_records(16);
     set_word_at(image, 0, 0x0700);
     expect_refused(image, 109, "SDF");
-}
-
-TEST(Recognition, TapesAreNotSupported)
-{
-    Bytes image = image_of_records(16);
-    set_word_at(image, 256, 0x0500);
-    expect_refused(image, 109, "tape");
-}
-
-TEST(Recognition, Discs9825AreNotSupported)
-{
-    Bytes image = image_of_records(16);
-    set_word_at(image, 2, 30);
-    set_word_at(image, 8, 1);
-    set_word_at(image, 10, 23);
-    expect_refused(image, 109, "9825");
-    set_word_at(image, 10, 24);
-    expect_refused(image, 203, "Unsupported format");
 }
 
 TEST(Recognition, ASecondFileSystemBehindTheLifHeaderIsNoted)

@@ -12,6 +12,7 @@
 #include "base/log.h"
 #include "volume/access.h"
 #include "volume/filetypes_inner.h"
+#include "volume/lif/lif_header.h"
 #include "volume/type_text.h"
 
 namespace
@@ -171,6 +172,7 @@ const VolumeFormat lif_format = {
     .write_entry = write_entry,
     .write_end_mark = write_end_mark,
     .complete_info = complete_lif,
+    .compose_header = compose_lif_header,
     .name_limit = 10,
     .may_hold_hfs = true,
 };
