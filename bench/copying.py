@@ -81,9 +81,19 @@ def many_in(folder):
     yield row(f"{MANY:,} small files in : cat of them into one", *times, 1.5)
 
 
+def growth_in(folder):
+    """The tables are written once, so that ten times as many files take about ten times as long."""
+    sources = out_of(folder, make_volume(folder, "texts", MANY), MANY)
+    empty = make_volume(folder, "empty", 65535, MANY)
+    volume = folder / "growth.lif"
+    times = hyperfine(folder, [[TARVO, "put", volume, *files] for files in (sources, sources[: MANY // 10])], RUNS,
+                      [["cp", empty, volume]] * 2)  # fmt: skip
+    yield row(f"{MANY:,} files in one put : {MANY // 10:,} of them", *times, 15)
+
+
 def conversion(folder):
     medians = benchmark_medians(folder, "conversion_bench", "cpu_time")
     yield row("LIF ASCII to text in memory : memcpy", medians["ascii_to_text"], medians["plain_copy"], 10)
 
 
-MEASURES = (one_out, one_out_as_text, one_in, many_out_as_text, many_in, conversion)
+MEASURES = (one_out, one_out_as_text, one_in, many_out_as_text, many_in, growth_in, conversion)

@@ -7,7 +7,7 @@
 #include <unordered_map>
 
 #include "base/output.h"
-#include "console/backup.h"
+#include "console/change.h"
 #include "console/matches.h"
 #include "console/medium.h"
 #include "console/progress_bar.h"
@@ -108,12 +108,10 @@ bool write_tables(PutRun *run)
 
 bool back_up(PutRun *run)
 {
-    if (!run->arguments.backup || run->arguments.dry_run || run->backed) return true;
-    std::string path;
-    if (!make_backup(run->medium.get(), &path)) return fail_run(run, "backup");
-    run->backed = true;
-    if (run->arguments.verbose) file_printf(file_stderr(), "%s -> %s\n", run->medium->msus, path.c_str());
-    return true;
+    if (run->backed) return true;
+    run->backed = back_up(run->arguments, run->medium.get());
+    run->broken = !run->backed;
+    return run->backed;
 }
 
 // ---- one file ------------------------------------------------------------------------------------------

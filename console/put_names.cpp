@@ -1,5 +1,4 @@
-// Names for a volume: a host name is STEM, STEM.TYPE or STEM.&BYTES.TYPE, where the engine looks for each full stop
-// among the last seven characters.
+// Names for a volume: a host name is STEM, STEM.TYPE or STEM.&BYTES.TYPE.
 #include "console/put_names.h"
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include "base/convert.h"
 #include "base/error.h"
 #include "base/log.h"
+#include "console/name_parts.h"
 #include "volume/filetypes.h"
 #include "volume/names.h"
 #include "volume/navigate.h"
@@ -15,8 +15,6 @@
 
 namespace
 {
-constexpr size_t searched = 7;       // last characters of a name in which an ending is looked for
-constexpr size_t longest_type = 6;   // the full stop is one of them
 constexpr size_t longest_stem = 200; // no volume stores that many
 constexpr uint32_t formats_with_types[] = {FORMAT_LIF, FORMAT_DISK45, FORMAT_TAPE45, FORMAT_SDF};
 constexpr const char *any_type = "#0";
@@ -46,45 +44,11 @@ std::string sources_fault(const Arguments &arguments)
     return "";
 }
 
-// The parts of a name, as the engine takes it apart.
-struct NameParts {
-    std::string stem;
-    std::string record; // digits, empty for none
-    std::string type;   // empty for none
-};
-
-size_t find_ending(const std::string &name, const char *mark)
-{
-    const size_t position = name.rfind(mark);
-    return position != std::string::npos && position + searched >= name.size() ? position : std::string::npos;
-}
-
-NameParts take_apart(const std::string &name)
-{
-    NameParts parts = {name, "", ""};
-    const size_t dot = find_ending(name, ".");
-    if (dot != std::string::npos && dot > 0 && name[dot + 1] != '&') {
-        parts.type = name.substr(dot + 1);
-        parts.stem = name.substr(0, dot);
-    }
-    const size_t mark = find_ending(parts.stem, ".&");
-    if (mark != std::string::npos) {
-        parts.record = parts.stem.substr(mark + 2);
-        parts.stem.resize(mark);
-    }
-    return parts;
-}
-
-const char *default_type(uint32_t format)
-{
-    return format == FORMAT_LIF ? "ASCII" : "DATA";
-}
-
 // A type whose name is too long for the end of a name is told by its number.
 std::string type_for_name(uint32_t format, const Arguments &arguments)
 {
     uint16_t word = 0;
-    if (arguments.type.size() <= longest_type || !knows_type(format, arguments, &word)) return arguments.type;
+    if (arguments.type.size() <= longest_type_ending || !knows_type(format, arguments, &word)) return arguments.type;
     char text[8];
     snprintf(text, sizeof text, "#%04x", word);
     return text;
@@ -114,13 +78,22 @@ std::string without_text_ending(const Arguments &arguments, const std::string &n
 
 std::string put_usage_fault(const Arguments &arguments)
 {
-    std::string fault = sources_fault(arguments);
-    if (!fault.empty()) return fault;
+    const std::string fault = sources_fault(arguments);
+    return fault.empty() ? type_usage_fault(arguments) : fault;
+}
+
+std::string type_usage_fault(const Arguments &arguments)
+{
     if (arguments.record % 2 != 0) return "--record: " + std::to_string(arguments.record) + " is odd";
     if (!some_volume_knows("", arguments.system)) return "--system: there is no system \"" + arguments.system + "\"";
     if (!some_volume_knows(arguments.type, arguments.system))
         return "--type: there is no type \"" + arguments.type + "\"";
     return "";
+}
+
+const char *default_type(uint32_t format)
+{
+    return format == FORMAT_LIF ? "ASCII" : "DATA";
 }
 
 bool type_is_known(const MediaDescriptor *md, const Arguments &arguments)

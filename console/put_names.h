@@ -9,6 +9,9 @@
 
 // What of the command line can't be, whatever the volume is; empty when nothing.
 std::string put_usage_fault(const Arguments &arguments);
+std::string type_usage_fault(const Arguments &arguments); // of --type, --system and --record alone
+
+const char *default_type(uint32_t format); // of a file for which nothing is said
 
 // Whether the volume knows the type and the system that were asked for. Errors set: 200, 201.
 bool type_is_known(const MediaDescriptor *md, const Arguments &arguments);

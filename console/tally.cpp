@@ -1,4 +1,4 @@
-// The end of a verb that copies several files.
+// The end of a verb that copies or changes several files.
 #include "console/tally.h"
 
 #include "base/file.h"
@@ -10,12 +10,12 @@ int tally_code(const Tally &tally)
     return tally.done == 0 ? exit_failed : exit_partly;
 }
 
-int finish_tally(const Tally &tally)
+int finish_tally(const Tally &tally, const char *done)
 {
     const size_t all = tally.done + tally.failed.size();
     if (tally.failed.empty() || all == 1) return tally_code(tally);
-    file_printf(file_stderr(), "[tarvo] %lu of %lu files were not copied:\n",
-                static_cast<unsigned long>(tally.failed.size()), static_cast<unsigned long>(all));
+    file_printf(file_stderr(), "[tarvo] %lu of %lu files were not %s:\n",
+                static_cast<unsigned long>(tally.failed.size()), static_cast<unsigned long>(all), done);
     for (const std::string &name : tally.failed) file_printf(file_stderr(), "[tarvo]        %s\n", name.c_str());
     return tally_code(tally);
 }

@@ -1,4 +1,4 @@
-// What a verb that copies several files says at its end.
+// What a verb that copies or changes several files says at its end.
 #pragma once
 
 #include <cstdint>
@@ -13,5 +13,5 @@ struct Tally {
 
 int tally_code(const Tally &tally); // an ExitCode
 
-// Names once more what failed, when there was more than one file. Returns the same.
-int finish_tally(const Tally &tally);
+// Names once more what failed, when there was more than one file. Returns the same. done: what was to become of them.
+int finish_tally(const Tally &tally, const char *done = "copied");

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "console/catalogue_verbs.h"
+#include "console/change_rows.h"
 #include "console/completion.h"
 #include "console/get.h"
 #include "console/help.h"
@@ -11,12 +12,6 @@
 
 namespace
 {
-constexpr ArgumentRow medium_argument = {
-    .names = "MEDIUM",
-    .help = "image file, floppy drive (0: to 3:) or GPIB drive (7AAUV:)",
-    .required = true,
-    .text = &Arguments::medium,
-};
 constexpr ArgumentRow json_option = {
     .names = "--json",
     .help = "print one JSON object instead of text",
@@ -24,12 +19,6 @@ constexpr ArgumentRow json_option = {
 };
 
 constexpr const char *header_forms[] = {"none", "hpbasic", "hpcalc"};
-constexpr ArgumentRow verbose_option = {
-    .names = "-v,--verbose",
-    .help = "name each file on standard error",
-    .flag = &Arguments::verbose,
-};
-
 constexpr ArgumentRow common_rows[] = {
     {
         .names = "--log",
@@ -156,21 +145,9 @@ constexpr ArgumentRow put_rows[] = {
                 "both be lost",
         .flag = &Arguments::overwrite,
     },
-    {
-        .names = "--backup",
-        .help = "copy the image file first, to MEDIUM.bak, or to MEDIUM.bak2, MEDIUM.bak3 ... when that is there",
-        .flag = &Arguments::backup,
-    },
-    {
-        .names = "--damaged",
-        .help = "change a volume although entries of its directory can't be read; they are then lost",
-        .flag = &Arguments::damaged,
-    },
-    {
-        .names = "--dry-run",
-        .help = "only say for each file what would become of it",
-        .flag = &Arguments::dry_run,
-    },
+    backup_option,
+    damaged_option,
+    dry_run_option,
     verbose_option,
 };
 constexpr ArgumentRow cat_rows[] = {
@@ -247,6 +224,12 @@ constexpr Verb verb_table[] = {
         .arguments = cat_rows,
         .run = run_cat,
     },
+    cp_verb,
+    mv_verb,
+    rm_verb,
+    mk_verb,
+    attr_verb,
+    undelete_verb,
     {
         .name = "help",
         .aliases = {},

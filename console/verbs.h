@@ -30,10 +30,18 @@ struct Arguments { // all that a command line can say; an option that wasn't giv
     bool backup = false;
     bool damaged = false;
     bool dry_run = false;
+    bool interactive = false;
+    bool force = false;
+    int32_t room = -1;   // bytes of a new file, -1: not given
+    int32_t address = 0; // record
+    std::string date;
+    std::string protect; // "on" or "off"
+    std::string hide;    // likewise
     bool verbose = false;
 };
 
-// An option or an argument: exactly one of the members is set; none at all for what the parser answers by itself.
+// An option or an argument: exactly one of the members is set; none at all for what the parser answers by itself, and
+// for the last word of a list that has a name of its own.
 struct ArgumentRow {
     const char *names; // "-h,--help"; without a hyphen an argument, which stands at its place
     const char *help;

@@ -4,7 +4,7 @@ _tarvo()
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} options="" words=""
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        words="ls list dir info get put cat help -h --help --version"
+        words="ls list dir info get put cat cp mv rm mk attr undelete help -h --help --version"
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
         return
     fi
@@ -26,9 +26,29 @@ _tarvo()
     cat)
         options="--raw --log -h --help --version"
         ;;
+    cp)
+        options="--overwrite --force -i --interactive --backup --damaged --dry-run -v --verbose --log -h --help --version"
+        ;;
+    mv)
+        options="--overwrite --force -i --interactive --backup --damaged --dry-run -v --verbose --log -h --help --version"
+        ;;
+    rm)
+        options="--force -i --interactive --backup --damaged --dry-run -v --verbose --log -h --help --version"
+        ;;
+    mk)
+        options="--size --type --record --system --backup --damaged --dry-run -v --verbose --log -h --help --version"
+        ;;
+    attr)
+        options="--type --system --record --date --protect --hide --backup --damaged --dry-run -v --verbose --log -h --help --version"
+        [[ $previous != --protect ]] || words="on off"
+        [[ $previous != --hide ]] || words="on off"
+        ;;
+    undelete)
+        options="--type --system --at --backup --damaged --dry-run -v --verbose --log -h --help --version"
+        ;;
     help)
         options="--log -h --help --version"
-        words="ls list dir info get put cat help"
+        words="ls list dir info get put cat cp mv rm mk attr undelete help"
         ;;
     *) return ;;
     esac

@@ -117,11 +117,7 @@ std::string safe_host_name(const char *hp_name)
 {
     std::string name(std::strlen(hp_name), '\0');
     string_hp2win(name.data(), hp_name, 1);
-    if (!platform_is_reserved_name(name.c_str())) return name;
-    // Some systems drop dots and blanks at the end, and with them the difference between two names.
-    for (size_t end = name.size(); end > 0 && (name[end - 1] == '.' || name[end - 1] == ' '); end--)
-        name[end - 1] = '_';
-    return "_" + name;
+    return platform_is_reserved_name(name.c_str()) ? "_" + name : name;
 }
 
 std::string extraction_path(const MediaDescriptor *md, const FileInfo *info, const ExtractOrder &order)

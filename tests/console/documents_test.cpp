@@ -15,7 +15,7 @@ using tests::run;
 namespace
 {
 
-const char *const verbs[] = {"ls", "info", "get", "put", "cat", "help"};
+const char *const verbs[] = {"ls", "info", "get", "put", "cat", "cp", "mv", "rm", "mk", "attr", "undelete", "help"};
 
 // All words of a text that begin with two hyphens.
 std::set<std::string> long_options(const std::string &text)
@@ -64,6 +64,13 @@ TEST(Completion, OffersVerbsThenOptions)
     EXPECT_EQ(completions("tarvo put x.lif --d"), "--damaged --dry-run\n");
     EXPECT_EQ(completions("tarvo put x.lif --header none h"), "\n") << "then a file";
     EXPECT_EQ(completions("tarvo cat x.lif --r"), "--raw\n");
+    EXPECT_EQ(completions("tarvo m"), "mv mk\n");
+    EXPECT_EQ(completions("tarvo cp x.lif --o"), "--overwrite\n");
+    EXPECT_EQ(completions("tarvo rm x.lif --i"), "--interactive\n");
+    EXPECT_EQ(completions("tarvo mk x.lif --s"), "--size --system\n");
+    EXPECT_EQ(completions("tarvo attr x.lif --protect o"), "on off\n");
+    EXPECT_EQ(completions("tarvo attr x.lif --hide of"), "off\n");
+    EXPECT_EQ(completions("tarvo undelete x.lif --a"), "--at\n");
     EXPECT_EQ(completions("tarvo ls x"), "\n") << "then the shell offers files";
     EXPECT_EQ(completions("tarvo bogus --p"), "\n");
 }

@@ -14,8 +14,10 @@ using tests::run;
 namespace
 {
 
-const char *const shown_verbs[] = {"ls", "info", "get", "put", "cat", "help"};
-const char *const all_verbs[] = {"ls", "info", "get", "put", "cat", "help", "completion"};
+const char *const shown_verbs[] = {"ls", "info", "get", "put",  "cat",      "cp",
+                                   "mv", "rm",   "mk",  "attr", "undelete", "help"};
+const char *const all_verbs[] = {"ls", "info", "get",  "put",      "cat",  "cp",        "mv",
+                                 "rm", "mk",   "attr", "undelete", "help", "completion"};
 
 void expect_usage_error(const std::vector<std::string> &words, const std::string &text)
 {
@@ -107,6 +109,33 @@ TEST(Help, TellsEachOptionOfTheVerbsThatCopy)
     EXPECT_NE(run({"help", "cat"}).output.find("Usage: tarvo cat [OPTION...] MEDIUM NAME\n"), std::string::npos);
 }
 
+TEST(Help, OfVerbsThatChangeAMediumHasTheirOptions)
+{
+    const struct {
+        const char *verb;
+        const char *usage;
+        std::vector<std::string> options;
+    } rows[] = {
+        {"cp", "MEDIUM NAME... DEST", {"--overwrite ", "--force ", "-i, --interactive\n"}},
+        {"mv", "MEDIUM NAME... DEST", {"--overwrite ", "--force ", "-i, --interactive\n"}},
+        {"rm", "MEDIUM NAME...", {"--force ", "-i, --interactive\n"}},
+        {"mk", "MEDIUM NAME", {"--size BYTES ", "--type TYPE ", "--record BYTES\n", "--system NAME\n"}},
+        {"attr",
+         "MEDIUM NAME...",
+         {"--type TYPE ", "--system NAME\n", "--record BYTES\n", "--date DATE ", "--protect WORD\n", "--hide WORD "}},
+        {"undelete", "MEDIUM NAME", {"--type TYPE ", "--system NAME\n", "--at RECORD "}},
+    };
+    for (const auto &row : rows) {
+        const std::string help = run({"help", row.verb}).output;
+        const std::string usage = std::string("Usage: tarvo ") + row.verb + " [OPTION...] " + row.usage + "\n";
+        EXPECT_NE(help.find(usage), std::string::npos) << help;
+        std::vector<std::string> options = row.options;
+        for (const char *shared : {"--backup ", "--damaged ", "--dry-run ", "-v, --verbose\n"})
+            options.emplace_back(shared);
+        for (const std::string &option : options) EXPECT_NE(help.find("\n  " + option), std::string::npos) << option;
+    }
+}
+
 TEST(Help, FitsEightyColumnsAndEndsWithExamples)
 {
     std::vector<std::vector<std::string>> command_lines = {{"--help"}};
@@ -172,6 +201,26 @@ TEST(Usage, ArgumentsThatAVerbDoesNotTakeEndWith64)
         {"cat", "a"},
         {"cat", "a", "b", "c"},
         {"cat", "a", "b", "-v"},
+        {"cp"},
+        {"cp", "a"},
+        {"cp", "a", "b"},
+        {"cp", "a", "b", "c", "--size", "1"},
+        {"mv", "a", "b"},
+        {"mv", "a", "b", "c", "--type", "DATA"},
+        {"rm"},
+        {"rm", "a"},
+        {"rm", "a", "b", "--overwrite"},
+        {"mk", "a", "--size", "1"},
+        {"mk", "a", "b", "c", "--size", "1"},
+        {"mk", "a", "b", "--size", "-1"},
+        {"mk", "a", "b", "--size", "2147483648"},
+        {"mk", "a", "b", "--size", "1", "--record", "1"},
+        {"attr", "a", "--type", "DATA"},
+        {"attr", "a", "b", "--date"},
+        {"attr", "a", "b", "-i", "--type", "DATA"},
+        {"undelete", "a", "--type", "DATA"},
+        {"undelete", "a", "b", "c", "--type", "DATA"},
+        {"undelete", "a", "b", "--type", "DATA", "--at", "0"},
     };
     for (const std::vector<std::string> &words : wrong) {
         const Outcome outcome = run(words);
