@@ -17,6 +17,7 @@ constexpr size_t reserve_limit = 4096;
 struct Output {
     FileHandle file; // 0: standard output
     bool failed;
+    char last;   // character that left the buffer
     size_t fill; // less than a piece between two calls
     std::array<char, piece_size + reserve_limit> buffer;
 };
@@ -35,6 +36,7 @@ size_t room() // in the piece
 
 void write_out(FileHandle file, const char *bytes, size_t count)
 {
+    if (count > 0) output.last = bytes[count - 1];
     if (!file_is_valid(file)) return; // the void handle takes everything
     while (count > 0) {
         const int32_t written = file_write(file, bytes, static_cast<uint32_t>(count));
@@ -66,6 +68,7 @@ void output_to(FileHandle file)
 {
     output_flush();
     output.file = file;
+    output.last = '\0';
 }
 
 void output_text(std::string_view text)
@@ -110,6 +113,12 @@ void output_flush()
     const size_t count = output.fill;
     output.fill = 0;
     write_out(destination(), output.buffer.data(), count);
+}
+
+bool output_at_line_start()
+{
+    const char last = output.fill > 0 ? output.buffer[output.fill - 1] : output.last;
+    return last == '\0' || last == '\n';
 }
 
 bool output_failed()

@@ -9,6 +9,7 @@ LISTING_BENCH = PROGRAMS / "listing_bench"
 PLUGIN = BUILD / "tarvo.wfx"
 
 MANY = 20000
+INODES = 10000
 SIZES = (2000, 20000, 200000)
 
 
@@ -42,6 +43,14 @@ def growth(folder):
         yield row(f"ls of {many:,} : of {few:,} files", more, less, 12)
 
 
+def tree(folder):
+    volume = make_volume(folder, "sdf", INODES)
+    ours, theirs = hyperfine(folder, [[TARVO, "info", volume], ["cat", volume]], 60)
+    yield row(f"opening {INODES:,} inodes : cat of the image", ours, theirs, 3)
+    ours, theirs = hyperfine(folder, [[TARVO, "ls", "-R", volume], ["cat", volume]], 60)
+    yield row(f"ls -R of {INODES:,} inodes : cat of the image", ours, theirs, None)
+
+
 def records(folder):
     medians = benchmark_medians(folder, "records_bench")
     ours = medians["records_in_order"]
@@ -49,4 +58,4 @@ def records(folder):
     yield row("128 MB in records : seek and read of each", ours, medians["seek_and_read_each_record"], None)
 
 
-MEASURES = (start, listing, plugin_listing, growth, records)
+MEASURES = (start, listing, plugin_listing, growth, tree, records)

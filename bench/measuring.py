@@ -25,12 +25,12 @@ def line_of(command):
     return " ".join(quoted(word) for word in command)
 
 
-def hyperfine(folder, commands, runs, prepare=()):
-    """The median times of whole processes, in seconds; what they print goes to a file. `prepare` holds for each command
-    one that is run before each of its runs and isn't measured."""
+def hyperfine(folder, commands, runs, prepare=(), to=None):
+    """The median times of whole processes, in seconds; what they print goes to a file, or to "null". `prepare` holds
+    for each command one that is run before each of its runs and isn't measured."""
     result = folder / "hyperfine.json"
     prepared = [word for command in prepare for word in ("--prepare", line_of(command))]
-    run_quietly(["hyperfine", "-N", "--style=none", "--warmup", "3", "--runs", str(runs), "--output", folder / "output",
+    run_quietly(["hyperfine", "-N", "--style=none", "--warmup", "3", "--runs", str(runs), "--output", to or folder / "output",
                  "--export-json", result, *prepared, *map(line_of, commands)])  # fmt: skip
     return [row["median"] for row in json.loads(result.read_text())["results"]]
 

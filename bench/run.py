@@ -10,9 +10,12 @@ from pathlib import Path
 
 import copying
 import listing
+import tapes
+import volumes
 from measuring import BUILD
 
-MEASURES = {measure.__name__: measure for measure in (*listing.MEASURES, *copying.MEASURES)}
+ROOMS = (listing, copying, volumes, tapes)
+MEASURES = {measure.__name__: measure for room in ROOMS for measure in room.MEASURES}
 
 
 def print_table(rows):

@@ -1,10 +1,13 @@
 // The verbs that look at a medium and change nothing: the catalogue and the summary, as text or as JSON.
 #include "console/catalogue_verbs.h"
 
+#include <algorithm>
+#include <string>
 #include <vector>
 
 #include "base/convert.h"
 #include "console/json.h"
+#include "console/matches.h"
 #include "console/medium.h"
 #include "console/report.h"
 #include "volume/catalogue.h"
@@ -17,15 +20,19 @@ namespace
 {
 constexpr uint32_t file_not_found = 207;
 
-using Patterns = std::vector<const char *>; // as the engine takes it, ended by a null pointer
+// What the words mean, and how it is shown.
+struct Request {
+    std::vector<ChoiceGroup> groups;
+    bool recursive;
+};
 
-Patterns patterns_of(const Arguments &arguments)
+uint32_t visit_request(const MediaDescriptor *md, const Request &request, EntryVisitor visit, void *context)
 {
-    Patterns patterns;
-    patterns.reserve(arguments.words.size() + 1);
-    for (const std::string &pattern : arguments.words) patterns.push_back(pattern.c_str());
-    patterns.push_back(nullptr);
-    return patterns;
+    uint32_t count = 0;
+    for (const ChoiceGroup &group : request.groups) {
+        count += visit_group(md, group, request.recursive, visit, context);
+    }
+    return count;
 }
 
 // ---- ls ------------------------------------------------------------------------------------------------
@@ -35,14 +42,34 @@ void print_line(void *, const MediaDescriptor *md, const FileInfo *info)
     print_list_entry(md, info, 0);
 }
 
-uint32_t print_catalogue(const MediaDescriptor *md, const Patterns &patterns)
+// What a list has below itself is shifted by its depth.
+void print_shifted_line(void *context, const MediaDescriptor *md, const FileInfo *info)
 {
-    print_list_head(md);
-    return visit_matching(md, patterns.data(), print_line, nullptr);
+    const uint32_t first_level = *static_cast<const uint32_t *>(context);
+    print_list_entry(md, info, info->level - first_level + 1);
 }
 
+uint32_t print_catalogue(const MediaDescriptor *md, const Request &request)
+{
+    print_list_head(md);
+    if (!request.recursive) return visit_request(md, request, print_line, nullptr);
+    uint32_t count = 0;
+    for (const ChoiceGroup &group : request.groups) {
+        uint32_t first_level = group.list == nullptr ? 1 : group.list->level;
+        count += visit_group(md, group, true, print_shifted_line, &first_level);
+    }
+    return count;
+}
+
+// The directory of the entries that are written is the same for many of them.
+struct JsonEntries {
+    Json *json;
+    const FileInfo *directory = nullptr;
+    std::string path{};
+};
+
 constexpr size_t longest_texts =
-    sizeof(FileInfo::name) + VISIBLE_NAME_SIZE + type_text_size + sizeof(FileInfo::system_string);
+    json_longest_text + sizeof(FileInfo::name) + VISIBLE_NAME_SIZE + type_text_size + sizeof(FileInfo::system_string);
 static_assert(longest_texts * json_byte_size + 1024 < json_room, "an entry has room");
 
 void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
@@ -52,7 +79,8 @@ void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
     compose_filename(md, info, visible);
     type_text(info, type);
     std::string_view name = field_text(info->name);
-    JsonObject entry(static_cast<Json *>(context));
+    auto *entries = static_cast<JsonEntries *>(context);
+    JsonObject entry(entries->json);
     entry.roman8("name", name);
     entry.roman8("visible", field_text(visible));
     entry.number("type", info->type);
@@ -68,11 +96,16 @@ void write_entry(void *context, const MediaDescriptor *md, const FileInfo *info)
     entry.flag("protected", (info->attributes & ATTRIBUTE_READ_ONLY) != 0);
     entry.flag("hidden", (info->attributes & ATTRIBUTE_HIDDEN) != 0);
     entry.number("level", info->level);
+    if (info->parent != nullptr) {
+        if (info->parent != entries->directory) entries->path = visible_path(md, info->parent);
+        entries->directory = info->parent;
+        entry.host_text("path", entries->path);
+    }
     entry.hex("name_hex", name);
     entry.close();
 }
 
-uint32_t write_catalogue(const MediaDescriptor *md, const Patterns &patterns)
+uint32_t write_catalogue(const MediaDescriptor *md, const Request &request)
 {
     Json json;
     JsonObject catalogue(&json);
@@ -81,7 +114,8 @@ uint32_t write_catalogue(const MediaDescriptor *md, const Patterns &patterns)
     catalogue.roman8("label", field_text(md->label));
     catalogue.last("entries");
     json.writer.StartArray();
-    uint32_t count = visit_matching(md, patterns.data(), write_entry, &json);
+    JsonEntries entries = {.json = &json};
+    uint32_t count = visit_request(md, request, write_entry, &entries);
     json.writer.EndArray();
     catalogue.close();
     output_text("\n");
@@ -172,14 +206,16 @@ void write_info(const MediaDescriptor *md)
 
 int run_ls(const Arguments &arguments)
 {
-    Patterns patterns = patterns_of(arguments);
     Reading reading = open_for_reading(arguments);
     if (reading.medium == nullptr) return exit_failed;
-    const MediaDescriptor *md = reading.medium.get();
+    MediaDescriptor *md = reading.medium.get();
+    const std::vector<Choice> choices = choices_of(md, arguments.words);
+    const Request request = {groups_of(choices), arguments.recursive};
     begin_data();
-    uint32_t count = arguments.json ? write_catalogue(md, patterns) : print_catalogue(md, patterns);
-    bool found = count != 0 || arguments.words.empty() || md->root == nullptr;
-    reading.medium->root = nullptr; // the entries go with the heap, all at once
+    uint32_t count = arguments.json ? write_catalogue(md, request) : print_catalogue(md, request);
+    auto is_whole = [](const Choice &choice) { return choice.whole; };
+    bool found = count != 0 || md->root == nullptr || std::any_of(choices.begin(), choices.end(), is_whole);
+    md->root = nullptr; // the entries go with the heap, all at once
     int code = report_reading(reading, finish_data(exit_done));
     if (found) return code;
     set_error(file_not_found, "");

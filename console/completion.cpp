@@ -13,6 +13,7 @@ constexpr std::string_view head = R"(# Completion of tarvo's command lines for b
 _tarvo()
 {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} options="" words=""
+    local verb=${COMP_WORDS[1]}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
         words=)";
@@ -21,7 +22,6 @@ constexpr std::string_view middle = R"(
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
         return
     fi
-    case ${COMP_WORDS[1]} in
 )";
 
 // Without a reply the shell offers the names of files.
@@ -72,9 +72,11 @@ std::string choice_words(const ArgumentRow &row)
 std::string verb_words()
 {
     std::string words;
+    std::string_view family; // its verbs stand together
     for (const Verb &verb : all_verbs()) {
-        if (verb.hidden) continue;
-        append_word(&words, verb.name);
+        if (verb.hidden || (!family.empty() && family_of(verb) == family)) continue;
+        family = family_of(verb);
+        append_word(&words, family.empty() ? verb.name : family);
         for (const char *alias : verb.aliases) append_word(&words, alias);
     }
     return words;
@@ -82,15 +84,42 @@ std::string verb_words()
 
 void print_case(const Verb &verb, const std::string &verbs)
 {
-    std::string names = verb.name;
+    std::string names = family_of(verb).empty() ? verb.name : "\"" + std::string(verb.name) + "\"";
     for (const char *alias : verb.aliases) names.append("|").append(alias);
     output_format("    %s)\n        options=\"%s\"\n", names.c_str(), option_words(verb).c_str());
     if (!verb.takes_medium) output_format("        words=\"%s\"\n", verbs.c_str());
     for (const ArgumentRow &row : verb.arguments) {
         if (row.choices.empty()) continue;
-        output_format("        [[ $previous != %s ]] || words=\"%s\"\n", row.names, choice_words(row).c_str());
+        const char *before = is_option(row) ? row.names : verb.name;
+        output_format("        [[ $previous != %s ]] || words=\"%s\"\n", before, choice_words(row).c_str());
     }
     output_text("        ;;\n");
+}
+
+// The second word of a verb of two; then both are the verb.
+void print_family(std::string_view family)
+{
+    std::string seconds;
+    for (const Verb *verb : verbs_of(family)) append_word(&seconds, verb->name + family.size() + 1);
+    const std::string name(family);
+    output_format("    if [[ $verb == %s ]]; then\n"
+                  "        if ((COMP_CWORD == 2)); then\n"
+                  "            mapfile -t COMPREPLY < <(compgen -W \"%s -h --help --version\" -- \"$word\")\n"
+                  "            return\n"
+                  "        fi\n"
+                  "        verb=\"%s ${COMP_WORDS[2]}\"\n"
+                  "    fi\n",
+                  name.c_str(), seconds.c_str(), name.c_str());
+}
+
+void print_families()
+{
+    std::string_view last;
+    for (const Verb &verb : all_verbs()) {
+        const std::string_view family = family_of(verb);
+        if (!family.empty() && family != last) print_family(family);
+        last = family;
+    }
 }
 
 void print_bash()
@@ -99,6 +128,8 @@ void print_bash()
     output_text(head);
     output_format("\"%s -h --help --version\"", verbs.c_str());
     output_text(middle);
+    print_families();
+    output_text("    case $verb in\n");
     for (const Verb &verb : all_verbs()) {
         if (!verb.hidden) print_case(verb, verbs);
     }

@@ -114,17 +114,21 @@ void print_verb_help(const Verb &verb)
     print_lines(verb.example, "  ");
 }
 
+void print_summary(const Verb &verb)
+{
+    std::string summary = verb.summary;
+    if (!verb.aliases.empty()) summary += "; also called";
+    for (const char *alias : verb.aliases) summary.append(" ").append(alias);
+    print_row(verb.name, summary);
+}
+
 void print_verb_list()
 {
     output_text("Usage: tarvo VERB [OPTION...] MEDIUM [ARGUMENT...]\n\n"
-                "The files on the media of old HP computers: block images, floppy discs, drives\n"
-                "on an HP-IB bus.\n\nVerbs:\n");
+                "The files on the media of old HP computers: block images, tape images, floppy\n"
+                "discs, drives on an HP-IB bus.\n\nVerbs:\n");
     for (const Verb &verb : all_verbs()) {
-        if (verb.hidden) continue;
-        std::string summary = verb.summary;
-        if (!verb.aliases.empty()) summary += "; also called";
-        for (const char *alias : verb.aliases) summary.append(" ").append(alias);
-        print_row(verb.name, summary);
+        if (!verb.hidden) print_summary(verb);
     }
     output_text("\nOptions:\n");
     print_row("-h, --help", "print this help; behind a verb, the verb's");
@@ -153,10 +157,37 @@ int print_help(const Verb *verb)
     return finish_data(exit_done);
 }
 
+int print_family_help(std::string_view family)
+{
+    begin_data();
+    output_text("Usage: tarvo ");
+    output_text(family);
+    output_text(" VERB [OPTION...] FILE [ARGUMENT...]\n\nVerbs:\n");
+    const std::vector<const Verb *> verbs = verbs_of(family);
+    for (const Verb *verb : verbs) print_summary(*verb);
+    output_text("\nExample:\n");
+    for (const Verb *verb : verbs) print_lines(verb->example, "  ");
+    return finish_data(exit_done);
+}
+
+int report_no_verb(std::string_view name)
+{
+    const std::vector<const Verb *> verbs = verbs_of(name);
+    if (verbs.empty()) return report_usage(("There is no verb \"" + std::string(name) + "\"").c_str());
+    std::string seconds;
+    for (const Verb *verb : verbs) {
+        if (!seconds.empty()) seconds += verb == verbs.back() ? " or " : ", ";
+        seconds += verb->name + name.size() + 1;
+    }
+    return report_usage((std::string(name) + " takes a second word: " + seconds).c_str());
+}
+
 int run_help(const Arguments &arguments)
 {
-    if (arguments.word.empty()) return print_help(nullptr);
-    const Verb *verb = find_verb(arguments.word);
+    std::string name;
+    for (const std::string &word : arguments.words) name += (name.empty() ? "" : " ") + word;
+    if (arguments.words.empty()) return print_help(nullptr);
+    const Verb *verb = find_verb(name);
     if (verb != nullptr) return print_help(verb);
-    return report_usage(("There is no verb \"" + arguments.word + "\"").c_str());
+    return verbs_of(name).empty() ? report_no_verb(name) : print_family_help(name);
 }

@@ -22,6 +22,7 @@ bool host_file_exists(const char *path)
 
 bool make_host_folder(const std::string &path)
 {
+    if (platform_create_directory(path.c_str()) || platform_is_directory(path.c_str())) return true;
     for (size_t length = 1; length < path.size(); length++) {
         if (platform_is_separator(path[length])) platform_create_directory(path.substr(0, length).c_str());
     }

@@ -7,12 +7,14 @@
 #include "base/log.h"
 #include "base/output.h"
 #include "console/arguments.h"
+#include "console/configuration.h"
 #include "console/help.h"
 #include "console/report.h"
 
 namespace
 {
 constexpr uint32_t out_of_memory = 105;
+constexpr int32_t warnings = 1;
 
 struct Attachment {
     const bool done = library_attach() == 0;
@@ -27,8 +29,9 @@ int run_verb(const Verb &verb, const Arguments &arguments)
     const Attachment attachment;
     if (!attachment.done) return exit_failed;
     logfile = file_stderr();
-    loglevel = arguments.log;
-    return verb.run(arguments);
+    loglevel = arguments.log < 0 ? warnings : arguments.log;
+    const int code = verb.configured ? apply_configuration(arguments) : int{exit_done};
+    return code == exit_done ? verb.run(arguments) : code;
 }
 
 int run_words(const Verb &verb, int count, char **words)
@@ -43,6 +46,18 @@ int run_words(const Verb &verb, int count, char **words)
     return exit_usage;
 }
 
+// A verb of two words; the first one alone has only help.
+int run_family(std::string_view family, int count, char **words)
+{
+    const std::string_view second = count > 0 ? words[0] : "";
+    if (second == "--version") return print_version();
+    if (second == "--help" || second == "-h") return print_family_help(family);
+    const std::string name = std::string(family) + " " + std::string(second);
+    const Verb *verb = find_verb(name);
+    if (verb != nullptr) return run_words(*verb, count - 1, words + 1);
+    return report_no_verb(count > 0 ? name : family);
+}
+
 int run_program(int count, char **words)
 {
     output_to(file_stderr()); // standard output is for data
@@ -52,7 +67,8 @@ int run_program(int count, char **words)
     if (first == "--help" || first == "-h") return print_help(nullptr);
     const Verb *verb = find_verb(first);
     if (verb != nullptr) return run_words(*verb, count - 2, words + 2);
-    return report_usage(("There is no verb \"" + std::string(first) + "\"").c_str());
+    if (!verbs_of(first).empty()) return run_family(first, count - 2, words + 2);
+    return report_no_verb(first);
 }
 }
 

@@ -2,6 +2,7 @@
 #include "console/medium.h"
 
 #include "base/log.h"
+#include "console/configuration.h"
 #include "platform/platform.h"
 #include "volume/format.h"
 #include "volume/header.h"
@@ -11,7 +12,7 @@
 
 namespace
 {
-constexpr uint16_t console_flags = OPEN_READ_VOLUME | OPEN_RECURSIVE;
+constexpr uint16_t console_flags = OPEN_READ_VOLUME | OPEN_RECURSIVE | OPEN_TAPE_DATA;
 
 constexpr uint32_t not_supported = 109;
 constexpr uint32_t unreadable_medium = 215;
@@ -21,7 +22,7 @@ constexpr int32_t warnings = 1;
 MediaDescriptor console_template(const Arguments &arguments)
 {
     MediaDescriptor format = {};
-    format.use_type_names = 1;
+    format.use_type_names = shows_type_names() ? 1 : 0;
     format.use_typed_extensions = 1;
     format.show_purged = arguments.purged ? 1 : 0;
     if (!arguments.header.empty())
@@ -45,19 +46,6 @@ Reading open_with(const Arguments &arguments, uint16_t flags)
     if (reading.has_words) take_error(&reading.words);
     reading.whole = !reading.has_words && state->refused_entries == 0;
     return reading;
-}
-
-// The engine reads no directory then, and a list without files must not be taken for that of an empty volume.
-bool names_a_directory(const Arguments &arguments)
-{
-    char filespec[FILE_PATH_SIZE] = "";
-    if (parse_target(arguments.medium.c_str(), nullptr, filespec, nullptr, nullptr, nullptr, nullptr, nullptr) < 0 ||
-        filespec[0] == '\0') {
-        return false; // what is no target at all is reported by the opening
-    }
-    set_error(not_supported, "directory \"%s\" of a volume", filespec);
-    report_failure();
-    return true;
 }
 
 // The log names each entry that was dropped, at a level at which it may have been silent.
@@ -88,6 +76,29 @@ void MediumCloser::operator()(MediaDescriptor *md) const
     image_close(md);
 }
 
+// The engine reads no directory then, and a list without files must not be taken for that of an empty volume.
+bool names_a_directory(const Arguments &arguments)
+{
+    char filespec[FILE_PATH_SIZE] = "";
+    if (parse_target(arguments.medium.c_str(), nullptr, filespec, nullptr, nullptr, nullptr, nullptr, nullptr) < 0 ||
+        filespec[0] == '\0') {
+        return false; // what is no target at all is reported by the opening
+    }
+    set_error(not_supported, "directory \"%s\" of a volume", filespec);
+    report_failure();
+    return true;
+}
+
+QuietLog::QuietLog() : level(loglevel)
+{
+    if (loglevel == warnings) loglevel = 0;
+}
+
+QuietLog::~QuietLog()
+{
+    loglevel = level;
+}
+
 Reading open_for_reading(const Arguments &arguments)
 {
     return open_with(arguments, OPEN_READ_ONLY);
@@ -114,6 +125,12 @@ Medium open_for_change(const Arguments &arguments)
         return nullptr;
     }
     return may_lose_entries(arguments, reading) ? std::move(reading.medium) : nullptr;
+}
+
+Reading open_for_inspection(const Arguments &arguments, uint16_t flags)
+{
+    const QuietLog quiet;
+    return open_with(arguments, flags);
 }
 
 Medium open_again(const Arguments &arguments)

@@ -21,6 +21,17 @@ struct Reading {
     ErrorWords words = {};
 };
 
+// For its life the log leaves its warnings out, unless other levels were asked for: somebody tells of faults in words
+// of their own.
+struct QuietLog {
+    const int32_t level;
+
+    QuietLog();
+    ~QuietLog();
+    QuietLog(const QuietLog &) = delete;
+    QuietLog &operator=(const QuietLog &) = delete;
+};
+
 // Opens the medium with its volume for reading only. A failure is reported here.
 Reading open_for_reading(const Arguments &arguments);
 
@@ -28,13 +39,20 @@ Reading open_for_reading(const Arguments &arguments);
 // is read.
 Reading open_for_copying(const Arguments &arguments);
 
+// Whether the target names a directory of the volume, which is then reported as not supported.
+bool names_a_directory(const Arguments &arguments);
+
 // Says why a directory ends early, if it does. Returns code, or exit_partly for exit_done when it isn't whole.
 int report_reading(const Reading &reading, int code);
 
 // Opens the medium for a change. Null when that can't be, or mustn't: what stands in the way has been reported.
 Medium open_for_change(const Arguments &arguments);
 
-// The same once more, without looking for what stands in the way.
+// Opens the medium without the log's warnings.
+//   flags  OPEN_... besides those that read the volume
+Reading open_for_inspection(const Arguments &arguments, uint16_t flags);
+
+// The same as open_for_change once more, without looking for what stands in the way.
 Medium open_again(const Arguments &arguments);
 
 // False with error 109 for media that are only read.

@@ -26,6 +26,7 @@
 
 namespace
 {
+constexpr uint32_t not_supported = 109;
 constexpr uint32_t target_exists = 210;
 
 struct PutItem {
@@ -253,6 +254,8 @@ std::string find_obstacle(const PutRun &run, const PutItem &item, const PutItem 
         set_error(target_exists, "file \"%s\" of %s", item.stored.c_str(), other->shown);
     } else if (!run.arguments.overwrite && image_find_file(md, md->root, item.stored.c_str(), 0) != nullptr) {
         set_error(target_exists, "file \"%s\"", item.stored.c_str());
+    } else if (!can_be_listed(md, run.arguments, item.name)) {
+        set_error(not_supported, "file \"%s\" of this type", item.stored.c_str());
     } else {
         return "";
     }

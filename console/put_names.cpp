@@ -8,6 +8,7 @@
 #include "base/error.h"
 #include "base/log.h"
 #include "console/name_parts.h"
+#include "console/stored_entry.h"
 #include "volume/filetypes.h"
 #include "volume/names.h"
 #include "volume/navigate.h"
@@ -70,9 +71,25 @@ std::string without_folders(const std::string &path)
     return path.substr(path.find_last_of("/\\:") + 1);
 }
 
+std::string visible_type(const FileInfo *info)
+{
+    char text[type_text_size];
+    type_text(info, text);
+    return text;
+}
+
 std::string without_text_ending(const Arguments &arguments, const std::string &name)
 {
     return has_text_ending(arguments, name) ? name.substr(0, name.size() - 4) : name;
+}
+
+void take_name(const MediaDescriptor *md, const Arguments &arguments, const std::string &name, FileInfo *info)
+{
+    set_type_text(info, default_type(md->format));
+    const int32_t level = loglevel;
+    loglevel = 0; // the engine will say the same of the name when it copies the file
+    process_filepath(md, info, without_text_ending(arguments, name).c_str(), info->system_string, 1);
+    loglevel = level;
 }
 }
 
@@ -115,14 +132,22 @@ std::string name_for_engine(const MediaDescriptor *md, const Arguments &argument
     return put_together(md, arguments, shorter) + name.substr(shorter.size());
 }
 
+bool can_be_listed(MediaDescriptor *md, const Arguments &arguments, const std::string &name)
+{
+    FileInfo info = new_entry(arguments);
+    take_name(md, arguments, name, &info);
+    if (info.type == 0) set_filetype(md->format, visible_type(&info).c_str(), nullptr, &info.type);
+    info.name[0] = 'A'; // any that can be, as place and length are
+    info.name[1] = '\0';
+    info.location = info.records = 1;
+    FileInfo stored;
+    return entry_as_stored(md, &info, &stored);
+}
+
 std::string stored_name(const MediaDescriptor *md, const Arguments &arguments, const std::string &name)
 {
     FileInfo info = new_entry(arguments);
-    set_type_text(&info, default_type(md->format));
-    const int32_t level = loglevel;
-    loglevel = 0; // the engine will say the same of the name when it copies the file
-    process_filepath(md, &info, without_text_ending(arguments, name).c_str(), info.system_string, 1);
-    loglevel = level;
+    take_name(md, arguments, name, &info);
     string_win2hp(info.name, info.name, 1);
     string_win2hp(info.name, info.name, 1); // the engine turns a name twice, which letters beyond ASCII show
     return info.name;

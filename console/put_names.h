@@ -23,6 +23,9 @@ bool has_text_ending(const Arguments &arguments, const std::string &name);
 // --type and --record say put into it.
 std::string name_for_engine(const MediaDescriptor *md, const Arguments &arguments, const std::string &source);
 
+// Whether the file shows in the directory: the types of purged files and of the directory's end are none for files.
+bool can_be_listed(MediaDescriptor *md, const Arguments &arguments, const std::string &name);
+
 // The name that the engine will look for, and store, in the directory.
 std::string stored_name(const MediaDescriptor *md, const Arguments &arguments, const std::string &name);
 

@@ -9,6 +9,11 @@ constexpr ArgumentRow medium_argument = {
     .required = true,
     .text = &Arguments::medium,
 };
+constexpr ArgumentRow json_option = {
+    .names = "--json",
+    .help = "print one JSON object instead of text",
+    .flag = &Arguments::json,
+};
 constexpr ArgumentRow verbose_option = {
     .names = "-v,--verbose",
     .help = "name each file on standard error",

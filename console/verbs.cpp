@@ -6,24 +6,38 @@
 #include "console/catalogue_verbs.h"
 #include "console/change_rows.h"
 #include "console/completion.h"
+#include "console/configuration.h"
 #include "console/get.h"
 #include "console/help.h"
 #include "console/put.h"
+#include "console/tape_rows.h"
+#include "console/volume_rows.h"
 
 namespace
 {
-constexpr ArgumentRow json_option = {
-    .names = "--json",
-    .help = "print one JSON object instead of text",
-    .flag = &Arguments::json,
+constexpr const char *header_forms[] = {"none", "hpbasic", "hpcalc"};
+
+constexpr ArgumentRow recursive_option = {
+    .names = "-R,--recursive",
+    .help = "go into the directories of a volume that has some, and into those in them",
+    .flag = &Arguments::recursive,
 };
 
-constexpr const char *header_forms[] = {"none", "hpbasic", "hpcalc"};
 constexpr ArgumentRow common_rows[] = {
     {
+        .names = "--config",
+        .help = "read this configuration file; without this option tarvo.ini in the present directory, or else beside "
+                "the program, if there is one",
+        .value = "FILE",
+        .text = &Arguments::config,
+    },
+    {.names = "--no-config", .help = "read no configuration file", .flag = &Arguments::no_config},
+    {
         .names = "--log",
-        .help = "log level, to standard error: 0 errors, 1 warnings (as without this option), 2 information, 3 calls, "
-                "4 bus bytes, 5 records; from 8 on the same for the system's debugger, where there is one",
+        .help =
+            "log level, to standard error: 0 errors, 1 warnings (as without this option), 2 information, 3 calls, "
+            "4 bus bytes, 5 records; from 8 on the same for the system's debugger, where there is one. It goes before "
+            "that of a configuration file",
         .value = "N",
         .number = &Arguments::log,
         .least = 0,
@@ -37,9 +51,11 @@ constexpr ArgumentRow ls_rows[] = {
     medium_argument,
     {
         .names = "PATTERN",
-        .help = "list only files that match: NAME, NAME.TYPE, TEXT*, *TEXT or *TEXT*; case counts",
+        .help = "list only files that match: NAME, NAME.TYPE, TEXT*, *TEXT or *TEXT*; case counts. On a volume with "
+                "directories also DIRECTORY, for all that is in it, and DIRECTORY/PATTERN",
         .list = &Arguments::words,
     },
+    recursive_option,
     {.names = "--purged", .help = "list purged files as well", .flag = &Arguments::purged},
     json_option,
 };
@@ -52,6 +68,7 @@ constexpr ArgumentRow get_rows[] = {
         .help = "copy only files that match, see \"tarvo help ls\"; without a pattern all are copied",
         .list = &Arguments::words,
     },
+    recursive_option,
     {
         .names = "-d,--directory",
         .help = "put the files into this directory, which is made where it is missing; without this option the present "
@@ -153,13 +170,27 @@ constexpr ArgumentRow put_rows[] = {
 constexpr ArgumentRow cat_rows[] = {
     medium_argument,
     {.names = "NAME",
-     .help = "the file, or a pattern that one file matches",
+     .help = "the file, or a pattern that one file matches; on a volume with directories DIRECTORY/NAME",
      .required = true,
      .text = &Arguments::word},
     {.names = "--raw", .help = "print its bytes as they are", .flag = &Arguments::raw},
 };
 
-constexpr ArgumentRow help_rows[] = {{.names = "VERB", .help = "the verb to explain", .text = &Arguments::word}};
+constexpr const char *config_actions[] = {"check"};
+constexpr ArgumentRow config_rows[] = {
+    {.names = "ACTION",
+     .help = "check: whether the file can be understood",
+     .required = true,
+     .text = &Arguments::word,
+     .choices = config_actions},
+    {.names = "FILE",
+     .help = "the configuration file; without this argument that of --config, or the one that is read anyway",
+     .text = &Arguments::file},
+};
+
+constexpr ArgumentRow help_rows[] = {
+    {.names = "VERB", .help = "the verb to explain, of one word or two", .list = &Arguments::words},
+};
 constexpr ArgumentRow completion_rows[] = {
     {.names = "SHELL", .help = "bash", .required = true, .text = &Arguments::word},
 };
@@ -174,7 +205,7 @@ constexpr Verb verb_table[] = {
         .text = "Prints the catalogue of a medium: its head, then a line for each file. A pattern that matches no file "
                 "is an error. A directory that can't be read whole is listed as far as it can be; the program then "
                 "ends with 2.\n",
-        .example = "tarvo ls disc.lif 'A*' NOTES.TEXT\n",
+        .example = "tarvo ls disc.lif 'A*' NOTES.TEXT\ntarvo ls -R disc.sdf\ntarvo ls disc.sdf 'PROJECTS/OLD/A*'\n",
         .arguments = ls_rows,
         .run = run_ls,
     },
@@ -196,8 +227,10 @@ constexpr Verb verb_table[] = {
                 "their dates. Text that is made of a file has lines ended by carriage return and line feed.\n"
                 "When a name is there already, or two of the files would get the same one, nothing is copied without "
                 "--overwrite. A pattern that matches no file is an error; the other files are copied, and the program "
-                "ends with 2.\n",
-        .example = "tarvo get disc.lif -d files\ntarvo get disc.lif NOTES --text -o notes.txt\n",
+                "ends with 2.\n"
+                "A directory of a volume is copied with -R only, as a directory of the host with all that is in it.\n",
+        .example = "tarvo get disc.lif -d files\ntarvo get disc.lif NOTES --text -o notes.txt\n"
+                   "tarvo get -R disc.sdf PROJECTS -d files\n",
         .arguments = get_rows,
         .run = run_get,
     },
@@ -230,15 +263,34 @@ constexpr Verb verb_table[] = {
     mk_verb,
     attr_verb,
     undelete_verb,
+    init_verb,
+    check_verb,
+    repair_verb,
+    pack_verb,
+    tape_test_verb,
+    tape_ls_verb,
+    tape_convert_verb,
+    {
+        .name = "config",
+        .aliases = {},
+        .summary = "check a configuration file",
+        .text = "Reads a configuration file as the program and the plug-in do, and says whether it can be understood. "
+                "The first line that can't is shown, and the program ends with 3.\n",
+        .example = "tarvo config check tarvo.ini\n",
+        .arguments = config_rows,
+        .run = run_config,
+        .configured = false,
+    },
     {
         .name = "help",
         .aliases = {},
         .summary = "explain a verb",
-        .text = "Prints the help of a verb, or the list of verbs.\n",
+        .text = "Prints the help of a verb, or the list of verbs, or of those that begin with the same word.\n",
         .example = "tarvo help ls\n",
         .arguments = help_rows,
         .run = run_help,
         .takes_medium = false,
+        .configured = false,
     },
     {
         .name = "completion",
@@ -250,6 +302,7 @@ constexpr Verb verb_table[] = {
         .run = run_completion,
         .takes_medium = false,
         .hidden = true,
+        .configured = false,
     },
 };
 }
@@ -272,6 +325,22 @@ const Verb *find_verb(std::string_view name)
         if (std::any_of(verb.aliases.begin(), verb.aliases.end(), is_name)) return &verb;
     }
     return nullptr;
+}
+
+std::string_view family_of(const Verb &verb)
+{
+    const std::string_view name = verb.name;
+    const size_t blank = name.find(' ');
+    return blank == std::string_view::npos ? "" : name.substr(0, blank);
+}
+
+std::vector<const Verb *> verbs_of(std::string_view family)
+{
+    std::vector<const Verb *> verbs;
+    for (const Verb &verb : verb_table) {
+        if (!family.empty() && family_of(verb) == family) verbs.push_back(&verb);
+    }
+    return verbs;
 }
 
 bool is_option(const ArgumentRow &row)

@@ -57,6 +57,10 @@ PlatformFile platform_standard_file(StandardFile which);
 bool platform_is_terminal(PlatformFile file);
 bool platform_delete(const char *path);
 bool platform_move(const char *from, const char *to); // never over an existing file
+// Puts a file in the place of another one in one step: whoever opens the name meets one of them, whole. It gets the
+// owner and the rights of the old one; a link at the name isn't followed.
+bool platform_replace(const char *from, const char *to);
+bool platform_real_path(const char *path, char *ret_path, size_t size); // of an existing file, through all links
 bool platform_create_directory(const char *path);
 bool platform_temporary_file(char *ret_path, size_t size); // makes a new empty file; prefix "TRV$$"
 bool platform_program_path(char *ret_path, size_t size);   // the program's file, in full

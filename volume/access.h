@@ -31,6 +31,7 @@ struct MediumStream {
     bool writing = false;
     uint32_t next = 0;    // index of the record that the next transfer begins with
     bool alone = false;   // nobody else gets to the medium before the stream is closed
+    bool unkept = false;  // what is read isn't worth keeping for others
     bool placed = false;  // image: the file stands where the next transfer begins
     uint32_t missing = 0; // image: records behind its end that were handed over as zeros
 };
@@ -54,7 +55,8 @@ struct MediumAccess {
     void (*refresh)(MediaDescriptor *md) = nullptr;              // forget what was read ahead; absent: nothing is
     void (*close)(MediaDescriptor *md) = nullptr;
     DeviceGeometry (*device_geometry)(const MediaDescriptor *md) = nullptr; // absent: the medium has none of its own
-    bool clears_rest_of_directory = false;                                  // a rewrite goes on behind the end mark
+    bool extents_follow_location = false;  // all pieces of a file are read from where the first one begins
+    bool clears_rest_of_directory = false; // a rewrite goes on behind the end mark
 };
 
 // The row of an open medium; null, with error 202, when md->access is none.

@@ -147,38 +147,22 @@ bool is_system_space(const MediaDescriptor *md, Region region)
     return std::any_of(std::begin(taken), std::end(taken), meets);
 }
 
-bool may_hand_out(MediaDescriptor *md, const LiveFiles &live, Region region)
+bool may_hand_out(MediaDescriptor *md, const FilesAsked &files, Region region)
 {
     uint64_t end = md->records != 0 ? md->records : end_record(md);
     return region.start <= largest_position && region.start + region.length <= end && !is_system_space(md, region) &&
-           !live.meet(region);
+           !files.meet(files.context, region);
 }
 
-// Best fit: the smallest run that is large enough, of equal ones the first. A run that holds something else is no run.
-uint16_t allocate_run(MediaDescriptor *md, uint32_t size)
+bool meets_live_file(void *context, Region region)
 {
-    const LiveFiles live(md);
-    if (!live.known()) return 0;
-    const uint32_t checked = std::max(size, uint32_t{1}); // an empty file has a place too
-    AllocEntry **best = nullptr;
-    // Kept: a run of 65535 or more records is never taken.  [KeepsRunsOf65535RecordsUnused]
-    uint32_t best_size = largest_run;
-    for (AllocEntry **link = &md->alloc_list; *link != nullptr; link = &(*link)->next) {
-        const AllocEntry *run = *link;
-        if (run->size < size || run->size >= best_size || !may_hand_out(md, live, {run->location, checked})) continue;
-        best = link;
-        best_size = run->size;
-    }
-    if (best == nullptr) return 0;
-    AllocEntry *run = *best;
-    auto location = static_cast<uint16_t>(run->location);
-    run->location += size;
-    run->size -= size;
-    if (run->size == 0) {
-        *best = run->next;
-        my_free(run);
-    }
-    return location;
+    return static_cast<const LiveFiles *>(context)->meet(region);
+}
+
+uint16_t allocate_between_files(MediaDescriptor *md, uint32_t size)
+{
+    LiveFiles live(md);
+    return live.known() ? allocate_run(md, size, {meets_live_file, &live}) : uint16_t{0};
 }
 
 uint16_t allocate_behind_files(const MediaDescriptor *md, uint32_t size, uint64_t end)
@@ -242,11 +226,36 @@ uint64_t end_of_file(const FileInfo *info)
     return info->location + std::max(records, file_region(info).length);
 }
 
+// Best fit: the smallest run that is large enough, of equal ones the first. A run that holds something else is no run.
+uint16_t allocate_run(MediaDescriptor *md, uint32_t size, const FilesAsked &files)
+{
+    const uint32_t checked = std::max(size, uint32_t{1}); // an empty file has a place too
+    AllocEntry **best = nullptr;
+    // Kept: a run of 65535 or more records is never taken.  [KeepsRunsOf65535RecordsUnused]
+    uint32_t best_size = largest_run;
+    for (AllocEntry **link = &md->alloc_list; *link != nullptr; link = &(*link)->next) {
+        const AllocEntry *run = *link;
+        if (run->size < size || run->size >= best_size || !may_hand_out(md, files, {run->location, checked})) continue;
+        best = link;
+        best_size = run->size;
+    }
+    if (best == nullptr) return 0;
+    AllocEntry *run = *best;
+    auto location = static_cast<uint16_t>(run->location);
+    run->location += size;
+    run->size -= size;
+    if (run->size == 0) {
+        *best = run->next;
+        my_free(run);
+    }
+    return location;
+}
+
 uint16_t allocate_records(MediaDescriptor *md, uint32_t size, uint64_t end)
 {
     log_file(3, "image_allocate(md=%lu, size=%u)\n", log_pointer(md), static_cast<unsigned>(size));
     if (size > largest_run) return 0;
-    if (volume_format(md->format).has_allocation_table) return allocate_run(md, size);
+    if (volume_format(md->format).has_allocation_table) return allocate_between_files(md, size);
     return allocate_behind_files(md, size, end);
 }
 

@@ -193,6 +193,15 @@ bool matches(const MediaDescriptor *md, const char *const *filespec, const FileI
     type_text(info, type);
     return match_filespec(filespec, name, type) != 0;
 }
+
+const FileInfo *next_entry(const Selection &selection, const FileInfo *info)
+{
+    if (!selection.recursive) return info->next;
+    if (info->child != nullptr) return info->child;
+    const FileInfo *top = selection.list->parent;
+    while (info->next == nullptr && info->parent != top) info = info->parent;
+    return info->next;
+}
 }
 
 void print_list_head(const MediaDescriptor *md)
@@ -226,16 +235,22 @@ void print_list_entry(const MediaDescriptor *md, const FileInfo *info, uint32_t 
     }
 }
 
-uint32_t visit_matching(const MediaDescriptor *md, const char *const *filespec, EntryVisitor visit, void *context)
+uint32_t visit_selected(const MediaDescriptor *md, const Selection &selection, EntryVisitor visit, void *context)
 {
+    const char *const *filespec = selection.filespec;
     // Without patterns all entries match; then only a trace of the calls asks for each.
     bool asks = (filespec != nullptr && filespec[0] != nullptr) || (loglevel & 7) >= 3;
     uint32_t count = 0;
-    for (const FileInfo *info = md->root; info != nullptr; info = info->next) {
+    for (const FileInfo *info = selection.list; info != nullptr; info = next_entry(selection, info)) {
         if (info->deleted != 0 && md->show_purged == 0) continue;
         if (asks && !matches(md, filespec, info)) continue;
         visit(context, md, info);
         count++;
     }
     return count;
+}
+
+uint32_t visit_matching(const MediaDescriptor *md, const char *const *filespec, EntryVisitor visit, void *context)
+{
+    return visit_selected(md, {md->root, filespec, false}, visit, context);
 }

@@ -12,6 +12,12 @@ void print_list_entry(const MediaDescriptor *md, const FileInfo *info, uint32_t 
 
 using EntryVisitor = void (*)(void *context, const MediaDescriptor *md, const FileInfo *info);
 
-// Calls `visit` for each entry of the top level that matches and isn't hidden as purged, in list order. Returns how
-// many.
+struct Selection {
+    const FileInfo *list;        // where the walk begins; null: an empty directory
+    const char *const *filespec; // as match_filespec takes it
+    bool recursive;              // the lists of directories come behind their entries, whether these match or not
+};
+
+// Calls `visit` for each entry that matches and isn't hidden as purged, in list order. Returns how many.
+uint32_t visit_selected(const MediaDescriptor *md, const Selection &selection, EntryVisitor visit, void *context);
 uint32_t visit_matching(const MediaDescriptor *md, const char *const *filespec, EntryVisitor visit, void *context);

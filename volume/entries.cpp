@@ -2,8 +2,14 @@
 #include "volume/entries.h"
 
 #include "base/error.h"
+#include "volume/entries_inner.h"
 #include "volume/format.h"
 #include "volume/names.h"
+
+namespace
+{
+constexpr uint16_t bdat_98x6 = 0xE961; // with a head of a record's length
+}
 
 int32_t get_file_info(MediaDescriptor *md, FileInfo *ret_info, const uint8_t *dir_entry, uint32_t *ret_size)
 {
@@ -39,4 +45,14 @@ void set_file_info(const MediaDescriptor *md, const FileInfo *info, uint8_t *dir
 void add_file_info(uint32_t format, FileInfo *info)
 {
     volume_format(format).complete_info(info);
+}
+
+uint32_t count_records(const FileInfo *info)
+{
+    uint32_t length = info->record_len * 2;
+    if (info->type == bdat_98x6) {
+        // Kept: a BDAT file of no records at all shows 16777215.  [KeepsWrappedRecordCountOfEmptyBdatFile]
+        return (length + info->size - 257) / length;
+    }
+    return (length + info->size - 1) / length;
 }

@@ -98,13 +98,14 @@ int32_t make_destination(const char *destination)
     return -1;
 }
 
-Extraction extract_to_file(MediaDescriptor *md, const FileInfo *info, const char *path, const ExtractOrder &order)
+Extraction extract_to_file(MediaDescriptor *md, const FileInfo *info, const char *path, const ExtractOrder &order,
+                           const ExtentList &extents)
 {
     FileHandle file = 0;
     if (open_target(md, path, order.flags, &file) < 0) return {};
     // A file made just now is no image that anybody has read, and what was read ahead of this one stays good.
     unkept_file = (order.flags & EXTRACT_OVERWRITE) == 0 ? file : 0;
-    const Extraction extraction = transfer_out(md, info, file, path, order.flags, order.progress);
+    const Extraction extraction = transfer_out({md, info, extents, file, path, order.flags, order.progress});
     unkept_file = 0;
     const bool dated = md->format == FORMAT_LIF || md->format == FORMAT_SDF;
     if (extraction.result >= 0 && dated) file_set_open_time(file, &info->date);
@@ -117,7 +118,11 @@ std::string safe_host_name(const char *hp_name)
 {
     std::string name(std::strlen(hp_name), '\0');
     string_hp2win(name.data(), hp_name, 1);
-    return platform_is_reserved_name(name.c_str()) ? "_" + name : name;
+    if (!platform_is_reserved_name(name.c_str())) return name;
+    // Some systems drop dots and blanks at the end, and with them the difference between two names.
+    for (size_t end = name.size(); end > 0 && (name[end - 1] == '.' || name[end - 1] == ' '); end--)
+        name[end - 1] = '_';
+    return "_" + name;
 }
 
 std::string extraction_path(const MediaDescriptor *md, const FileInfo *info, const ExtractOrder &order)
@@ -130,10 +135,13 @@ std::string extraction_path(const MediaDescriptor *md, const FileInfo *info, con
 
 Extraction extract_file(MediaDescriptor *md, const FileInfo *info, const ExtractOrder &order)
 {
+    ExtentList extents;
+    if (find_extents(md, info, &extents) < 0) return {};
+    log_extents(extents);
     const std::string path = extraction_path(md, info, order);
     log_forced_conversion(md, info, order.flags);
     if (make_destination(order.destination) < 0) return {};
-    if (info->is_directory == 0) return extract_to_file(md, info, path.c_str(), order);
+    if (info->is_directory == 0) return extract_to_file(md, info, path.c_str(), order, extents);
     const int32_t result = make_folder(md, path.c_str(), order.flags);
     return {.result = result, .whole = result >= 0 && platform_is_directory(path.c_str())};
 }

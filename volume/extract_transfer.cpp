@@ -14,6 +14,7 @@
 namespace
 {
 constexpr uint32_t least_text_bytes = 4096;
+constexpr uint64_t most_records = 0xFFFFFFFF;
 
 enum class Flow : uint8_t { on, ended, failed };
 
@@ -36,6 +37,8 @@ struct Transfer {
     OutwardState state = {};
     Sink sink = {};
     uint64_t handled = 0; // bytes; counts on from extent to extent
+    uint32_t missing = 0; // records that the medium lacks
+    uint32_t pieces = 0;  // that were begun
     int32_t last_read = 0;
     bool stopped = false; // by progress
     bool foreign = false; // the content isn't what its type says
@@ -54,7 +57,9 @@ bool record_length(const Extent &extent, uint32_t index, uint64_t handled, uint3
     *ret_length = RECORD_SIZE;
     if (index + 1 < extent.records) return true;
     *ret_length = static_cast<uint32_t>(extent.bytes - handled);
-    return extent.bytes >= handled && extent.bytes - handled <= RECORD_SIZE;
+    if (extent.bytes >= handled && extent.bytes - handled <= RECORD_SIZE) return true;
+    *ret_length = 0;
+    return false;
 }
 
 Flow tell_progress(Transfer *transfer, uint32_t index)
@@ -75,9 +80,10 @@ Flow write_records(Transfer *transfer, const Extent &extent, uint32_t index, uin
         const uint32_t last = index + together - 1;
         const uint32_t ahead = (together - 1) * RECORD_SIZE;
         uint32_t length = 0;
-        if (!record_length(extent, last, transfer->handled + ahead, &length)) return fail(transfer, 303);
+        const bool whole = record_length(extent, last, transfer->handled + ahead, &length);
         length += ahead;
         if (file_write(transfer->file, bytes, length) != static_cast<int32_t>(length)) return fail(transfer, 303);
+        if (!whole) return fail(transfer, 303);
         bytes += length;
         transfer->handled += length;
         const Flow flow = tell_progress(transfer, last);
@@ -153,7 +159,10 @@ Flow transfer_extent(Transfer *transfer, const Extent &extent)
         return Flow::failed;
     }
     stream.alone = transfer->progress == nullptr;
+    stream.missing = transfer->missing;
+    transfer->pieces++;
     flow = transfer_records(transfer, &stream, extent, index);
+    transfer->missing = stream.missing;
     return close_stream(&stream) < 0 ? Flow::failed : flow;
 }
 
@@ -167,11 +176,47 @@ Flow write_header(const Transfer *transfer, uint32_t records)
     return written == static_cast<int32_t>(header->bytes) ? Flow::on : fail(transfer, 303);
 }
 
-Flow run(Transfer *transfer, uint32_t records)
+// The bytes of a file that stand in one of its extents: all that this has room for; in the last one what is left.
+uint64_t bytes_in(const Transfer *transfer, const ExtentList &list, uint32_t index)
+{
+    if (index + 1 < list.count) return list.extents[index].length * RECORD_SIZE;
+    const uint64_t size = transfer->info->size;
+    return size > transfer->handled ? size - transfer->handled : 0;
+}
+
+Flow transfer_extents(Transfer *transfer, const ExtentList &list)
+{
+    const MediumAccess *access = medium_access(transfer->md);
+    if (access == nullptr) return Flow::failed;
+    for (uint32_t index = 0; index < list.count; index++) {
+        const uint64_t bytes = bytes_in(transfer, list, index);
+        // Kept: a location counts records here, however long a block is.  [KeepsImageLocationInRecords]
+        const uint64_t start = access->extents_follow_location ? transfer->info->location : list.extents[index].start;
+        // No medium has more records than a stream can count; what is claimed beyond ends in an error of reading.
+        const uint64_t records = std::min((bytes + RECORD_SIZE - 1) / RECORD_SIZE, most_records);
+        if (records == 0) continue;
+        const Flow flow = transfer_extent(transfer, {.start = static_cast<uint32_t>(std::min(start, most_records)),
+                                                     .records = static_cast<uint32_t>(records),
+                                                     .bytes = bytes});
+        if (flow != Flow::on) return flow;
+    }
+    return Flow::on;
+}
+
+Flow run(Transfer *transfer, const ExtentList &list, uint32_t records)
 {
     const Flow flow = write_header(transfer, records);
-    if (flow != Flow::on || records == 0) return flow;
-    return transfer_extent(transfer, {transfer->info->location, records, transfer->info->size});
+    return flow == Flow::on ? transfer_extents(transfer, list) : flow;
+}
+
+// Whether what has gone out is all of the file.
+bool is_whole(const Transfer *transfer)
+{
+    const MediumAccess *access = medium_access(transfer->md);
+    const bool repeated = transfer->pieces > 1 && access != nullptr && access->extents_follow_location;
+    if (transfer->stopped || transfer->sink.failed || repeated) return false;
+    if (transfer->converted) return transfer->converter != nullptr && !transfer->foreign;
+    return transfer->handled == transfer->info->size;
 }
 }
 
@@ -187,39 +232,53 @@ void log_forced_conversion(const MediaDescriptor *md, const FileInfo *info, uint
     log_file(1, "Conversion forced for file with unknown content\n");
 }
 
-Extraction transfer_out(MediaDescriptor *md, const FileInfo *info, FileHandle file, const char *name, uint16_t flags,
-                        ProgressCallback progress)
+int32_t find_extents(const MediaDescriptor *md, const FileInfo *info, ExtentList *ret_extents)
 {
+    const VolumeFormat &format = volume_format(md->format);
+    if (format.locate_file != nullptr) return format.locate_file(md, info, ret_extents);
+    const uint64_t records = (uint64_t{info->size} + RECORD_SIZE - 1) / RECORD_SIZE;
+    *ret_extents = {.extents = {{info->location, records}}, .count = 1, .has_more = false};
+    return 0;
+}
+
+void log_extents(const ExtentList &list)
+{
+    if (list.has_more) log_file(1, "Inode table file contains extent maps which are currently not supported\n");
+}
+
+Extraction transfer_out(const TransferOrder &order)
+{
+    const FileInfo *info = order.info;
     const auto records = static_cast<uint32_t>((uint64_t{info->size} + RECORD_SIZE - 1) / RECORD_SIZE);
     const uint32_t room = std::clamp(records, uint32_t{1}, transfer_bytes / RECORD_SIZE);
-    const bool converted = becomes_text(md, info, flags);
+    const bool converted = becomes_text(order.md, info, order.flags);
     const uint32_t text_bytes = converted ? std::max(room * RECORD_SIZE, least_text_bytes) : 1;
     const Scratch bytes(size_t{room} * RECORD_SIZE);
     const Scratch text(text_bytes);
     if (!bytes || !text) return {};
-    Transfer transfer = {.md = md,
+    Transfer transfer = {.md = order.md,
                          .info = info,
-                         .file = file,
-                         .name = name,
-                         .progress = progress,
+                         .file = order.file,
+                         .name = order.name,
+                         .progress = order.progress,
                          .converted = converted,
-                         .converter = find_converter(md->format, info->type),
+                         .converter = find_converter(order.md->format, info->type),
                          .records = bytes.bytes(),
                          .room = room};
     transfer.sink = file_sink(&transfer.file, text.bytes(), text_bytes);
     transfer.state.sink = &transfer.sink;
-    const Flow flow = run(&transfer, records);
+    const Flow flow = run(&transfer, order.extents, records);
     flush(&transfer.sink);
     if (flow == Flow::failed) return {};
-    const bool text_came = !converted || (transfer.converter != nullptr && !transfer.foreign);
-    return {.result = transfer.last_read,
-            .whole = text_came && !transfer.stopped && !transfer.sink.failed,
-            .stopped = transfer.stopped};
+    return {.result = transfer.last_read, .whole = is_whole(&transfer), .stopped = transfer.stopped};
 }
 
 Extraction extract_to_handle(MediaDescriptor *md, const FileInfo *info, FileHandle file, const char *name,
                              uint16_t flags, ProgressCallback progress)
 {
+    ExtentList extents;
+    if (find_extents(md, info, &extents) < 0) return {};
+    log_extents(extents);
     log_forced_conversion(md, info, flags);
-    return transfer_out(md, info, file, name, flags, progress);
+    return transfer_out({md, info, extents, file, name, flags, progress});
 }

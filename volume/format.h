@@ -4,6 +4,20 @@
 #include <cstdint>
 
 #include "volume/media.h"
+#include "volume/region.h"
+
+constexpr uint32_t most_extents = 4;
+
+struct ExtentList { // where a file stands, piece by piece
+    Region extents[most_extents];
+    uint32_t count;
+    bool has_more; // there are others, which aren't read
+};
+
+struct DirectoryPlace {
+    ExtentList extents;
+    uint64_t slots; // for entries, where these take less room than the extents have
+};
 
 struct VolumeFormat {
     const char *name; // shown to users
@@ -13,6 +27,12 @@ struct VolumeFormat {
     int32_t (*read_header)(MediaDescriptor *md, const uint8_t *record) = nullptr;
     // As get_file_info, without what all formats share. Absent: error 203.
     int32_t (*read_entry)(MediaDescriptor *md, FileInfo *info, const uint8_t *entry, uint32_t *ret_size) = nullptr;
+    // Where the entries of a directory stand, null for the top level: 0, or -1 with the error set. Absent: only the top
+    // level has entries, at md->dir_start, and paths lead nowhere.
+    int32_t (*locate_directory)(const MediaDescriptor *md, const FileInfo *directory,
+                                DirectoryPlace *ret_place) = nullptr;
+    // Where a file stands: 0, or -1 with the error set. Absent: in one piece at its location.
+    int32_t (*locate_file)(const MediaDescriptor *md, const FileInfo *info, ExtentList *ret_extents) = nullptr;
     void (*write_entry)(const MediaDescriptor *md, const FileInfo *info, uint8_t *entry) = nullptr; // absent: read only
     void (*write_end_mark)(uint8_t *slot) = nullptr;
     void (*complete_info)(FileInfo *info); // as add_file_info
@@ -29,7 +49,8 @@ struct VolumeFormat {
     bool has_spare_directory = false;                   // written with each change of the main one
     bool reads_spare_directory = false;
     bool has_allocation_table = false;
-    bool may_hold_hfs = false; // record 32 is probed for a second file system
+    bool header_tells_free_space = false; // the sizes of files don't
+    bool may_hold_hfs = false;            // record 32 is probed for a second file system
 };
 
 // The row of a format; that of the unknown format for a number that has none.

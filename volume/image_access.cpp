@@ -4,7 +4,6 @@
 #include "volume/image_access.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 #include "base/error.h"
@@ -15,28 +14,16 @@
 #include "base/memory.h"
 #include "base/output.h"
 #include "base/timing.h"
+#include "tape/simh.h"
 #include "volume/open.h"
 #include "volume/scratch.h"
+#include "volume/tape_access.h"
 
 namespace
 {
 constexpr uint64_t addressable_bytes = uint64_t{1} << 32; // positions in a file have 32 bits
 constexpr uint64_t nothing_known = ~uint64_t{0};
 constexpr int32_t old_family = 2; // os_type of systems that don't fill a file that is made longer
-
-const char *const simh_extensions[] = {".TAP", ".TAPE", ".SIMH"};
-
-bool is_simh_name(const char *msus)
-{
-    const char *dot = std::strrchr(msus, '.');
-    if (dot == nullptr || dot == msus) return false;
-    auto same = [dot](const char *extension) {
-        size_t length = std::strlen(extension);
-        auto equal = [](char left, char right) { return std::toupper(static_cast<unsigned char>(left)) == right; };
-        return std::strlen(dot) == length && std::equal(dot, dot + length, extension, equal);
-    };
-    return std::any_of(std::begin(simh_extensions), std::end(simh_extensions), same);
-}
 
 // A new image is `size` bytes rounded up to whole records, all zero.
 int32_t fill_new_image(MediaDescriptor *md, uint32_t records)
@@ -56,7 +43,8 @@ int32_t create_image(MediaDescriptor *md, const MediaDescriptor *format)
         set_error(103, "no format specified");
         return -1;
     }
-    uint64_t records = (uint64_t{format->size} + RECORD_SIZE - 1) / RECORD_SIZE;
+    const bool is_tape = md->tape != nullptr; // a new one is empty
+    uint64_t records = is_tape ? 0 : (uint64_t{format->size} + RECORD_SIZE - 1) / RECORD_SIZE;
     if (records * RECORD_SIZE >= addressable_bytes) {
         set_error(307, "can't initialize created file %s", md->msus);
         return -1;
@@ -74,11 +62,22 @@ int32_t create_image(MediaDescriptor *md, const MediaDescriptor *format)
     return 0;
 }
 
-int32_t open_existing(MediaDescriptor *md, uint16_t flags)
+// What is only read tells its size when it is opened, unless it is a device.
+bool open_file(MediaDescriptor *md, bool reading_only, FileFacts *ret_facts)
+{
+    if (reading_only) return file_open_with_facts(&md->file, md->msus, ret_facts);
+    return file_open(&md->file, md->msus, "rb+", 0) == 1;
+}
+
+int32_t open_existing(MediaDescriptor *md, uint16_t flags, const FileFacts &facts)
 {
     if ((flags & OPEN_EMPTY) == 0) {
-        md->size = file_getsize(md->file);
-        return 0;
+        md->size = facts.plain ? static_cast<uint32_t>(facts.bytes) : file_getsize(md->file);
+        if (md->tape != nullptr && md->size != 0 && (flags & OPEN_CHECK) != 0) test_tape(md);
+        const bool by_data = md->tape != nullptr && (flags & OPEN_TAPE_DATA) != 0;
+        if (!by_data || read_tape_as_medium(md) == 0) return 0;
+        file_close(md->file);
+        return -1;
     }
     md->size = 0;
     if (file_prepare(md->file, 0) == 1) return 0;
@@ -92,7 +91,7 @@ void print_image_facts(const MediaDescriptor *md, uint16_t flags)
     output_text("-- Image file info --\n");
     output_format("File name: %s\n", md->msus);
     output_format("Image size: %lu bytes\n", static_cast<unsigned long>(md->size));
-    output_text("Image type: binary image (hpi) format\n");
+    output_format("Image type: %s\n", image_type_text(md));
     output_flush();
 }
 
@@ -104,19 +103,19 @@ int32_t open_image(MediaDescriptor *md, const OpenOrder &order)
         set_error(103, "read only");
         return -1;
     }
-    if ((order.flags & OPEN_SIMH) != 0 || is_simh_name(md->msus)) {
-        set_error(109, "SIMH tape image");
-        return -1;
-    }
+    const bool is_tape = (order.flags & OPEN_SIMH) != 0 || is_tape_name(md->msus);
+    if (is_tape && add_tape(md) < 0) return -1;
     md->state = static_cast<MediaState *>(my_malloc(sizeof(MediaState)));
     if (md->state == nullptr) {
         set_error(105, "");
+        remove_tape(md);
         return -1;
     }
     md->state->window_generation = nothing_known;
     int32_t result = 0;
-    if (file_open(&md->file, md->msus, reading_only ? "rb" : "rb+", 0) == 1) {
-        result = open_existing(md, order.flags);
+    FileFacts facts;
+    if (open_file(md, reading_only, &facts)) {
+        result = open_existing(md, order.flags, facts);
     } else if ((order.flags & OPEN_CREATE) != 0) {
         result = create_image(md, order.format);
     } else {
@@ -127,10 +126,10 @@ int32_t open_image(MediaDescriptor *md, const OpenOrder &order)
     }
     if (result < 0) {
         md->file = platform_void_file;
+        remove_tape(md);
         return -1;
     }
-    FileFacts facts;
-    if (file_calls->facts(md->file, &facts)) md->state->identity = facts.identity;
+    if (md->tape != nullptr) md->tape->fd = md->file;
     print_image_facts(md, order.flags);
     return 0;
 }
@@ -264,7 +263,8 @@ int32_t image_read_stream(MediumStream *stream, uint8_t *buffer, uint32_t record
     }
     if (position >= end) return missing_records(stream, buffer, records);
     records = static_cast<uint32_t>(std::min<uint64_t>(records, end - position));
-    if (stream->records <= window_bytes / RECORD_SIZE) return read_through_window(stream, buffer, records);
+    const bool is_small = stream->records <= window_bytes / RECORD_SIZE;
+    if (is_small && !stream->unkept) return read_through_window(stream, buffer, records);
     if (!place(stream)) return read_alone(stream, buffer);
     uint32_t wanted = records * RECORD_SIZE;
     int32_t bytes = file_read(stream->md->file, buffer, wanted);
@@ -311,6 +311,7 @@ void image_refresh(MediaDescriptor *md)
 void image_close_file(MediaDescriptor *md)
 {
     file_close(md->file);
+    remove_tape(md);
 }
 }
 
@@ -325,13 +326,21 @@ const MediumAccess image_access = {
     .make_blank = image_make_blank,
     .refresh = image_refresh,
     .close = image_close_file,
+    // Kept: other pieces of a file are never looked for.  [KeepsExtentsOfAnImageReadFromTheFirst]
+    .extents_follow_location = true,
     .clears_rest_of_directory = true,
 };
 
 bool is_image_file(const MediaDescriptor *md, const FileFacts &facts)
 {
     if (md->access != ACCESS_IMAGE || !facts.plain) return false;
-    if (md->state != nullptr) return facts.identity == md->state->identity;
+    MediaState *state = md->state;
+    if (state != nullptr && state->identity_known) return facts.identity == state->identity;
     FileFacts image;
-    return file_calls->facts(md->file, &image) && facts.identity == image.identity;
+    if (!file_calls->facts(md->file, &image)) return false;
+    if (state != nullptr) {
+        state->identity = image.identity;
+        state->identity_known = true;
+    }
+    return facts.identity == image.identity;
 }

@@ -16,8 +16,9 @@ namespace
 {
 
 constexpr mode_t directory_permissions = 0777; // less the user's mask
-constexpr mode_t kept_permissions = 0777;      // of a copy: whose owner may be another, so no more than that
-constexpr mode_t private_permissions = 0600;   // of a copy until it is whole
+constexpr mode_t all_permissions = 07777;
+constexpr mode_t kept_permissions = 0777;    // of a copy: whose owner may be another, so no more than that
+constexpr mode_t private_permissions = 0600; // of a copy until it is whole
 
 bool copy_bytes(int from, int to)
 {
@@ -106,6 +107,25 @@ bool platform_move(const char *from, const char *to)
     if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
     if (errno == EXDEV) return move_by_copying(from, to);
     return (errno == EINVAL || errno == ENOSYS) && move_by_steps(from, to);
+}
+
+bool platform_replace(const char *from, const char *to)
+{
+    struct stat old;
+    struct stat fresh;
+    if (stat(to, &old) != 0 || stat(from, &fresh) != 0) return false;
+    const bool same_owner = old.st_uid == fresh.st_uid && old.st_gid == fresh.st_gid;
+    if (!same_owner && chown(from, old.st_uid, old.st_gid) != 0) return false;
+    return chmod(from, old.st_mode & all_permissions) == 0 && rename(from, to) == 0;
+}
+
+bool platform_real_path(const char *path, char *ret_path, size_t size)
+{
+    char *real = realpath(path, nullptr);
+    if (real == nullptr) return false;
+    const int length = snprintf(ret_path, size, "%s", real);
+    free(real);
+    return (length >= 0 && static_cast<size_t>(length) < size) || failed(ENAMETOOLONG);
 }
 
 bool platform_create_directory(const char *path)

@@ -1,6 +1,7 @@
 // What a plug-in needs of the system beyond files: its own place, a companion
 // library, and the ways of hosts.
 #include <dlfcn.h>
+#include <link.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -60,7 +61,11 @@ bool platform_library_path(char *ret_path, size_t size)
 {
     static const char place_in_this_library = 0;
     Dl_info info;
-    if (dladdr(&place_in_this_library, &info) == 0 || info.dli_fname == nullptr) return failed(ENOENT);
+    void *map = nullptr;
+    if (dladdr1(&place_in_this_library, &info, &map, RTLD_DL_LINKMAP) == 0 || info.dli_fname == nullptr)
+        return failed(ENOENT);
+    // For the program itself the name is only what it was called by.
+    if (static_cast<const link_map *>(map)->l_name[0] == '\0') return platform_program_path(ret_path, size);
     const size_t length = strlen(info.dli_fname);
     if (length >= size) return failed(ENAMETOOLONG);
     memcpy(ret_path, info.dli_fname, length + 1);

@@ -11,10 +11,24 @@
 namespace
 {
 
+constexpr std::string_view long_name_mark = "\\\\?\\";
+constexpr DWORD longest_path = 0x8000;
+
 bool failed(DWORD code)
 {
     SetLastError(code);
     return false;
+}
+
+// With its drive, without which some systems replace no file.
+bool full_path(const char *path, std::string *ret_path)
+{
+    ret_path->resize(longest_path);
+    const DWORD length = GetFullPathNameA(path, longest_path, ret_path->data(), nullptr);
+    if (length == 0) return false;
+    if (length >= longest_path) return failed(ERROR_BUFFER_OVERFLOW);
+    ret_path->resize(length);
+    return true;
 }
 
 } // namespace
@@ -27,6 +41,34 @@ bool platform_delete(const char *path)
 bool platform_move(const char *from, const char *to)
 {
     return MoveFileExA(from, to, MOVEFILE_COPY_ALLOWED | MOVEFILE_WRITE_THROUGH);
+}
+
+bool platform_replace(const char *from, const char *to)
+{
+    std::string full_from;
+    std::string full_to;
+    return full_path(from, &full_from) && full_path(to, &full_to) &&
+           ReplaceFileA(full_to.c_str(), full_from.c_str(), nullptr, 0, nullptr, nullptr);
+}
+
+bool platform_real_path(const char *path, char *ret_path, size_t size)
+{
+    const HANDLE file = CreateFileA(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    std::string real(longest_path, '\0');
+    const DWORD length = GetFinalPathNameByHandleA(file, real.data(), longest_path, VOLUME_NAME_DOS);
+    CloseHandle(file);
+    if (length == 0) return false;
+    if (length >= longest_path) return failed(ERROR_BUFFER_OVERFLOW);
+    real.resize(length);
+    // What others call C:\... has a mark in front; a share keeps the name that it was given.
+    const bool is_drive = real.starts_with(long_name_mark) && real.find(':') == long_name_mark.size() + 1;
+    const std::string result = is_drive ? real.substr(long_name_mark.size()) : std::string(path);
+    if (result.size() >= size) return failed(ERROR_BUFFER_OVERFLOW);
+    result.copy(ret_path, result.size());
+    ret_path[result.size()] = '\0';
+    return true;
 }
 
 bool platform_create_directory(const char *path)

@@ -17,6 +17,7 @@ class Output : public testing::Test
   protected:
     Output()
     {
+        output_to(0);
         output_failed();
     }
 
@@ -39,6 +40,22 @@ TEST_F(Output, WaitsForTheFlush)
     output_flush();
     EXPECT_EQ(console.printed(), "abcdef");
     EXPECT_EQ(console.writes, 1u);
+}
+
+TEST_F(Output, KnowsWhetherALineIsOpen)
+{
+    EXPECT_TRUE(output_at_line_start());
+    output_text("line");
+    EXPECT_FALSE(output_at_line_start());
+    output_flush();
+    EXPECT_FALSE(output_at_line_start());
+    output_text("\n");
+    EXPECT_TRUE(output_at_line_start());
+    output_flush();
+    EXPECT_TRUE(output_at_line_start());
+    output_text("line");
+    output_to(0);
+    EXPECT_TRUE(output_at_line_start());
 }
 
 TEST_F(Output, EmptyFlushWritesNothing)

@@ -63,9 +63,15 @@ def peak_memory(command):
     child is ours to wait for."""
     if ctypes.CDLL(None).prctl(BECOME_SUBREAPER, 1, 0, 0, 0) != 0:
         raise CannotRun("this system hands over no orphans")
-    shell = ["sh", "-c", '"$@" >/dev/null & echo $!', "sh", *map(str, command)]
-    child = int(subprocess.run(shell, check=True, stdout=subprocess.PIPE, text=True).stdout)
+    waits, goes = os.pipe()  # the child begins when the shell has left, who would wait for one that ends earlier
+    words = f'{{ read -r _ <&{waits}; exec "$@"; }} >/dev/null & echo $!'
+    shell = ["sh", "-c", words, "sh", *map(str, command)]
+    result = subprocess.run(shell, check=True, stdout=subprocess.PIPE, text=True, pass_fds=(waits,))
+    child = int(result.stdout)
+    os.write(goes, b"\n")
     _, status, usage = os.wait4(child, 0)
+    os.close(waits)
+    os.close(goes)
     if status != 0:
         sys.exit(f"{command[0]} {command[1]} fails while its memory is measured")
     return usage.ru_maxrss * 1024

@@ -7,6 +7,7 @@ from pathlib import Path
 
 import counts_of_copying
 import counts_of_listing
+import counts_of_tapes
 from counting import MAKE_VOLUME, TARVO, CannotRun
 from project import finish, skip
 
@@ -17,7 +18,7 @@ def main():
             sys.exit(f"{needed} is missing: build it first")
     faults, unable = [], []
     with tempfile.TemporaryDirectory() as folder:
-        for count in (*counts_of_listing.COUNTS, *counts_of_copying.COUNTS):
+        for count in (*counts_of_listing.COUNTS, *counts_of_copying.COUNTS, *counts_of_tapes.COUNTS):
             try:
                 faults += count(Path(folder))
             except CannotRun as reason:

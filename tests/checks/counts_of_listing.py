@@ -6,7 +6,7 @@ from counting import TARVO, instructions, make_volume, run_well, system_calls
 
 MANY = 20000
 FEW = 1000
-MOST_CALLS = 60  # of MANY entries, beyond those of --version
+MOST_CALLS = 60  # of MANY entries, beyond those of --version; three look for a configuration file
 MOST_INSTRUCTIONS = 40_000_000  # of MANY entries
 MOST_TIMES = 25  # MANY entries against FEW, in instructions
 

@@ -17,6 +17,9 @@ targets=(
     operations:32768
     content:8192
     lines:8192
+    sdf:32768
+    config:16384
+    tape:8192
 )
 
 run_target() { # NAME LARGEST-INPUT SECONDS

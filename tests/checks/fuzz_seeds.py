@@ -7,7 +7,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from project import BUILD
+from project import BUILD, ROOT
 
 MAKE_VOLUME = BUILD / "debug/tests/make_volume"
 VOLUMES = {
@@ -16,6 +16,8 @@ VOLUMES = {
     "many": ("files", 100),
     "texts": ("texts", 4),
     "empty": ("empty", 160, 16),
+    "tree": ("tree",),
+    "entries": ("sdf", 40),
 }
 RECORD = 256
 
@@ -86,6 +88,13 @@ def open_seeds(images):
     for image in ("demo", "few", "many", "short", *SYSTEM45):
         for flags in (0x0404, 0x145E, 0x4AE4, 0x802C):
             yield f"{image}-{flags:04x}", struct.pack("<H", flags) + images[image]
+
+
+def sdf_seeds(images):
+    rows = ((0x00, 0), (0x07, 0), (0x20, 0), (0x08, 3), (0x10, 4), (0x40, 0), (0x80, 0))
+    for image in ("tree", "entries"):
+        for options, number in rows:
+            yield f"{image}-{options:02x}", bytes((options, number)) + images[image]
 
 
 def names_seeds(_):
@@ -203,6 +212,56 @@ def lines_seeds(_):
             yield f"{name}-{kind}", bytes((kind,)) + text
 
 
+CONFIG_ROWS = {
+    "media": b'[fsinfo]\nNEW = "a disc, new", N, 1,2,3,4,5,6,7,8,9,10\n9895 = d,L,1,2,3,4,5,6,7,8,9\n',
+    "drives": b"[driveinfo]\nNEW = d, CS80, 0x200, 0,0, 0x79080, 1, 370,5,35,256,1,0\n7905=d,AMIGO,1,2\n",
+    "types": b'[liftypes]\n0xE123 = MINE\n1 = "A B",,SE80\n-1 x y z\n',
+    "quotes": b'[liftypes]\n1 = "a \\"b\\" \\\\c"\n2 = "open\n',
+    "unended": b"; a long comment ,, with = signs\n[defaults]\nboard = 1",
+    "many": b"[liftypes]\n" + b"".join(b"%d = T\n" % (0x2000 + i) for i in range(970)),
+}
+
+
+def config_seeds(_):
+    sample = (ROOT / "samples/tarvo.ini").read_bytes()
+    for name, text in {**CONFIG_ROWS, "sample": sample}.items():
+        for failing in (0, 3):
+            yield f"{name}-{failing}", bytes((failing,)) + text
+
+
+def words(*numbers):
+    return struct.pack(f"<{len(numbers)}L", *numbers)
+
+
+GAP, HALF_GAP, END = 0xFFFFFFFE, b"\xff\xff", words(0xFFFFFFFF)
+
+
+def tape_record(content):
+    length = words(len(content))
+    return length + content + bytes(len(content) % 2) + length
+
+
+def tape_slot(content, size):
+    slot = words(GAP) + tape_record(content)
+    return slot + words(GAP) * ((size + 16 - len(slot)) // 4)
+
+
+TAPES = {
+    "records": tape_record(b"ABC") + bytes(4) + tape_record(b"DEFGHIJK") + bytes(8) + tape_record(b"L") + END,
+    "gaps": words(GAP, GAP) + tape_record(b"ABC") + HALF_GAP + words(GAP) + tape_record(b"DE") + bytes(4),
+    "slots": b"".join(tape_slot(content, 16) for content in (b"A" * 16, b"B" * 12, b"C" * 4)) + END,
+    "cut": tape_record(b"ABCDEF") + words(9) + b"GHI",
+    "bad": tape_record(b"AB") + words(0x1000000, 0x80000003, 0x7F000000),
+    "marks": bytes(16) + END + tape_record(b"behind"),
+}
+
+
+def tape_seeds(_):
+    for name, image in TAPES.items():
+        for options, block in ((0x0000, 16), (0x0001, 16), (0x0006, 4), (0x0074, 7), (0x0B20, 1024), (0x10D3, 8)):
+            yield f"{name}-{options:04x}", struct.pack("<HH", options, block) + image
+
+
 TARGETS = {
     "open": open_seeds,
     "names": names_seeds,
@@ -211,6 +270,9 @@ TARGETS = {
     "operations": operations_seeds,
     "content": content_seeds,
     "lines": lines_seeds,
+    "sdf": sdf_seeds,
+    "config": config_seeds,
+    "tape": tape_seeds,
 }
 
 

@@ -16,13 +16,17 @@ not_for_tests='-clang-analyzer-*,-readability-function-cognitive-complexity,-rea
 not_for_tests+=',-bugprone-suspicious-memory-comparison,-performance-no-automatic-move'
 
 # clang takes the compile commands of other compilers, but not all of their options; and it must be told where the
-# Windows headers are.
-posix_arguments=(-p "$build/debug")
+# Windows headers are. What another compiler has precompiled is nothing to it.
+posix_arguments=(-p "$work/debug")
+commands_of() { # BUILD
+    mkdir "$work/$1"
+    sed -E 's/ -fno-keep-inline-dllexport//; s/ -Winvalid-pch -include [^ ]*cmake_pch\.hxx//' \
+        "$build/$1/compile_commands.json" >"$work/$1/compile_commands.json"
+}
+
 prepare_windows() {
     local gcc_folder
     gcc_folder=$(dirname -- "$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)")/include
-    mkdir "$work/windows"
-    sed 's/ -fno-keep-inline-dllexport//' "$build/windows/compile_commands.json" >"$work/windows/compile_commands.json"
     windows_arguments=(-p "$work/windows" --extra-arg=--target=x86_64-w64-mingw32
         "--extra-arg=-isystem$gcc_folder/c++" "--extra-arg=-isystem$gcc_folder/c++/x86_64-w64-mingw32")
 }
@@ -57,6 +61,8 @@ tidy() { # CHECKS FOLDER...
 }
 
 failed=0
+commands_of debug
+commands_of windows
 prepare_windows
 if [ "${1:-}" = full ]; then
     tidy '' "${product[@]}"

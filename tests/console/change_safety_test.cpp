@@ -7,6 +7,7 @@
 
 #include "tests/console/changes.h"
 #include "tests/console/copies.h"
+#include "tests/support/sdf_builder.h"
 #include "tests/support/volume_builder.h"
 
 using tests::Bytes;
@@ -141,14 +142,13 @@ TEST_P(EachChange, VolumeWithEntriesThatCannotBeReadIsOnlyChangedWithDamaged)
 
 TEST_P(EachChange, MediaThatAreNotWrittenAreRefused)
 {
-    LifVolume sdf = two_files();
-    sdf.magic = 0x0700;
-    const TemporaryFile volume(tests::lif_image(sdf));
+    const Bytes sdf = tests::sdf_image({.files = {tests::sdf_file("FIRST", Bytes(300, '1'))}}).bytes;
+    const TemporaryFile volume(sdf);
     const Outcome outcome = tests::run(line_of(GetParam(), volume.path()));
     EXPECT_EQ(outcome.code, 1);
     EXPECT_EQ(tests::error_lines(outcome.errors), 1U) << outcome.errors;
     EXPECT_NE(outcome.errors.find("SDF"), std::string::npos) << outcome.errors;
-    EXPECT_EQ(volume.bytes(), tests::lif_image(sdf));
+    EXPECT_EQ(volume.bytes(), sdf);
     const TemporaryFile tape(tests::lif_image(two_files()), ".tap");
     EXPECT_EQ(tests::run(line_of(GetParam(), tape.path())).code, 1);
     EXPECT_EQ(tape.bytes(), tests::lif_image(two_files()));

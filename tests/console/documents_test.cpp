@@ -4,6 +4,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,9 @@ using tests::run;
 namespace
 {
 
-const char *const verbs[] = {"ls", "info", "get", "put", "cat", "cp", "mv", "rm", "mk", "attr", "undelete", "help"};
+const char *const verbs[] = {"ls",   "info",      "get",     "put",          "cat",    "cp",    "mv",
+                             "rm",   "mk",        "attr",    "undelete",     "init",   "check", "repair",
+                             "pack", "tape test", "tape ls", "tape convert", "config", "help"};
 
 // All words of a text that begin with two hyphens.
 std::set<std::string> long_options(const std::string &text)
@@ -26,6 +29,14 @@ std::set<std::string> long_options(const std::string &text)
         options.insert(text.substr(start, end - start));
     }
     return options;
+}
+
+std::vector<std::string> help_of(const std::string &verb)
+{
+    std::vector<std::string> words = {"help"};
+    std::istringstream in(verb);
+    for (std::string word; in >> word;) words.push_back(word);
+    return words;
 }
 
 // What bash offers for a command line, whose last word is being written.
@@ -71,6 +82,21 @@ TEST(Completion, OffersVerbsThenOptions)
     EXPECT_EQ(completions("tarvo attr x.lif --protect o"), "on off\n");
     EXPECT_EQ(completions("tarvo attr x.lif --hide of"), "off\n");
     EXPECT_EQ(completions("tarvo undelete x.lif --a"), "--at\n");
+    EXPECT_EQ(completions("tarvo init x.hpi --system 98"), "9845 9831 9825\n");
+    EXPECT_EQ(completions("tarvo init x.hpi --format t"), "tape45\n");
+    EXPECT_EQ(completions("tarvo check x.hpi --j"), "--json\n");
+    EXPECT_EQ(completions("tarvo repair x.hpi --b"), "--backup\n");
+    EXPECT_EQ(completions("tarvo pack x.hpi --d"), "--dry-run\n");
+    EXPECT_EQ(completions("tarvo config c"), "check\n");
+    EXPECT_EQ(completions("tarvo config check x"), "\n") << "then a file";
+    EXPECT_EQ(completions("tarvo ls --no"), "--no-config\n");
+    EXPECT_EQ(completions("tarvo ta"), "tape\n");
+    EXPECT_EQ(completions("tarvo tape c"), "convert\n");
+    EXPECT_EQ(completions("tarvo tape --h"), "--help\n");
+    EXPECT_EQ(completions("tarvo tape test --x"), "--xml\n");
+    EXPECT_EQ(completions("tarvo tape ls --"), "--json --config --no-config --log --help --version\n");
+    EXPECT_EQ(completions("tarvo tape convert a.tap b --to f"), "fixed\n");
+    EXPECT_EQ(completions("tarvo tape bogus --j"), "\n");
     EXPECT_EQ(completions("tarvo ls x"), "\n") << "then the shell offers files";
     EXPECT_EQ(completions("tarvo bogus --p"), "\n");
 }
@@ -81,7 +107,7 @@ TEST(ManualPage, NamesEachVerbAndOption)
     for (size_t at = page.find("\\-"); at != std::string::npos; at = page.find("\\-", at)) page.erase(at, 1);
     for (const char *verb : verbs) {
         EXPECT_NE(page.find(std::string("\n.B tarvo ") + verb + "\n"), std::string::npos) << verb;
-        for (const std::string &option : long_options(run({"help", verb}).output)) {
+        for (const std::string &option : long_options(run(help_of(verb)).output)) {
             EXPECT_NE(page.find(option), std::string::npos) << option;
         }
     }

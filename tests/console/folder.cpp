@@ -59,11 +59,6 @@ std::vector<std::string> TemporaryFolder::names() const
     return names;
 }
 
-Bytes bytes_of(const std::string &text)
-{
-    return Bytes(text.begin(), text.end());
-}
-
 std::string written_at(const std::string &path)
 {
     struct stat status = {};

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/volume_builder.h"
+#include "tests/support/bytes.h"
 
 namespace tests
 {
@@ -33,8 +33,6 @@ class TemporaryFolder
   private:
     std::string path_;
 };
-
-Bytes bytes_of(const std::string &text);
 
 // "1985-06-21 14:05:12", the local time at which a file was written; and how it is set.
 std::string written_at(const std::string &path);

@@ -41,6 +41,26 @@ TEST(PutRefusals, ExistingFilesAreRefusedBeforeAnyIsCopied)
     EXPECT_EQ(volume.bytes(), image);
 }
 
+TEST(PutRefusals, TypesThatNoFileShowsWithAreRefusedBeforeAnyIsCopied)
+{
+    const Bytes image = tests::lif_image(tests::three_files());
+    const Sources sources;
+    const std::string plain = sources.add("NEW.BIN");
+    for (const char *type : {"PURGE", "EOD", "#ffff", "#0"}) {
+        const TemporaryFile volume(image);
+        const Outcome outcome = put(volume, {sources.add("X"), "--type", type});
+        EXPECT_EQ(outcome.code, 1) << type;
+        EXPECT_EQ(volume.bytes(), image) << type;
+    }
+    const TemporaryFile volume(image);
+    const std::string end = sources.add("X.EOD");
+    const Outcome outcome = put(volume, {plain, end});
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(outcome.errors,
+              error_line(end + ": Not supported (file \"X\" of this type)") + "[tarvo] Nothing was copied.\n");
+    EXPECT_EQ(volume.bytes(), image);
+}
+
 TEST(PutRefusals, PurgedFileIsNotInTheWay)
 {
     const TemporaryFile volume(tests::lif_image(volume_of({{.name = "OLD", .type = 0}})));
@@ -143,11 +163,6 @@ TEST(PutRefusals, MediaThatAreNotWrittenAreRefused)
 {
     const Sources sources;
     const std::string source = sources.add("F");
-    LifVolume contents = one_file();
-    contents.magic = 0x0700; // SDF, as far as a header tells
-    const TemporaryFile volume(tests::lif_image(contents));
-    EXPECT_EQ(put(volume, {source}).code, 1);
-    EXPECT_EQ(volume.bytes(), tests::lif_image(contents));
     for (const char *extension : {".tap", ".TAPE", ".simh"}) {
         const TemporaryFile tape(tests::lif_image(one_file()), extension);
         const Outcome outcome = put(tape, {source});

@@ -14,10 +14,35 @@ using tests::run;
 namespace
 {
 
-const char *const shown_verbs[] = {"ls", "info", "get", "put",  "cat",      "cp",
-                                   "mv", "rm",   "mk",  "attr", "undelete", "help"};
-const char *const all_verbs[] = {"ls", "info", "get",  "put",      "cat",  "cp",        "mv",
-                                 "rm", "mk",   "attr", "undelete", "help", "completion"};
+using Words = std::vector<std::string>;
+
+const Words shown_verbs[] = {{"ls"},     {"info"},   {"get"},  {"put"},          {"cat"},        {"cp"},
+                             {"mv"},     {"rm"},     {"mk"},   {"attr"},         {"undelete"},   {"init"},
+                             {"check"},  {"repair"}, {"pack"}, {"tape", "test"}, {"tape", "ls"}, {"tape", "convert"},
+                             {"config"}, {"help"}};
+const Words all_verbs[] = {{"ls"},     {"info"},   {"get"},       {"put"},          {"cat"},        {"cp"},
+                           {"mv"},     {"rm"},     {"mk"},        {"attr"},         {"undelete"},   {"init"},
+                           {"check"},  {"repair"}, {"pack"},      {"tape", "test"}, {"tape", "ls"}, {"tape", "convert"},
+                           {"config"}, {"help"},   {"completion"}};
+
+Words with(Words words, const std::string &last)
+{
+    words.push_back(last);
+    return words;
+}
+
+std::string name_of(const Words &verb)
+{
+    return verb.size() == 1 ? verb[0] : verb[0] + " " + verb[1];
+}
+
+// "help VERB"
+Words help_of(const Words &verb)
+{
+    Words words = verb;
+    words.insert(words.begin(), "help");
+    return words;
+}
 
 void expect_usage_error(const std::vector<std::string> &words, const std::string &text)
 {
@@ -46,11 +71,12 @@ TEST(Version, IsPrintedAloneAndBehindEachVerb)
     EXPECT_EQ(alone.code, 0);
     EXPECT_EQ(alone.output, "tarvo " TARVO_VERSION "\n");
     EXPECT_EQ(alone.errors, "");
-    for (const char *verb : shown_verbs) {
-        const Outcome outcome = run({verb, "--version"});
-        EXPECT_EQ(outcome.code, 0) << verb;
-        EXPECT_EQ(outcome.output, alone.output) << verb;
+    for (const Words &verb : shown_verbs) {
+        const Outcome outcome = run(with(verb, "--version"));
+        EXPECT_EQ(outcome.code, 0) << name_of(verb);
+        EXPECT_EQ(outcome.output, alone.output) << name_of(verb);
     }
+    EXPECT_EQ(run({"tape", "--version"}).output, alone.output);
 }
 
 TEST(Help, ListsTheVerbs)
@@ -71,21 +97,34 @@ TEST(Help, ListsTheVerbs)
 
 TEST(Help, OfAVerbIsTheSameBehindItAndByTheVerbHelp)
 {
-    for (const char *verb : all_verbs) {
-        const Outcome behind = run({verb, "--help"});
-        EXPECT_EQ(behind.code, 0) << verb;
-        EXPECT_EQ(behind.output.rfind("Usage: tarvo " + std::string(verb) + " ", 0), 0U) << behind.output;
-        EXPECT_EQ(run({verb, "-h"}).output, behind.output) << verb;
-        EXPECT_EQ(run({"help", verb}).output, behind.output) << verb;
+    for (const Words &verb : all_verbs) {
+        const Outcome behind = run(with(verb, "--help"));
+        EXPECT_EQ(behind.code, 0) << name_of(verb);
+        EXPECT_EQ(behind.output.rfind("Usage: tarvo " + name_of(verb) + " ", 0), 0U) << behind.output;
+        EXPECT_EQ(run(with(verb, "-h")).output, behind.output) << name_of(verb);
+        EXPECT_EQ(run(help_of(verb)).output, behind.output) << name_of(verb);
     }
     EXPECT_EQ(run({"help", "dir"}).output, run({"help", "ls"}).output);
+}
+
+TEST(Help, OfTheFirstOfTwoWordsListsItsVerbs)
+{
+    const Outcome outcome = run({"tape", "--help"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.output.rfind("Usage: tarvo tape VERB ", 0), 0U);
+    for (const char *verb : {"tape test", "tape ls", "tape convert"})
+        EXPECT_NE(outcome.output.find(std::string("\n  ") + verb + " "), std::string::npos) << verb;
+    EXPECT_EQ(outcome.output.find("\n  get "), std::string::npos);
+    EXPECT_EQ(run({"tape", "-h"}).output, outcome.output);
+    EXPECT_EQ(run({"help", "tape"}).output, outcome.output);
 }
 
 TEST(Help, TellsEachOptionOfAVerb)
 {
     const std::string text = run({"help", "ls"}).output;
-    for (const char *option : {"--purged", "--json", "--log N", "-h, --help", "--version"}) {
-        EXPECT_NE(text.find(std::string("\n  ") + option + " "), std::string::npos) << option;
+    for (const char *option :
+         {"--purged ", "--json ", "--config FILE\n", "--no-config ", "--log N ", "-h, --help ", "--version "}) {
+        EXPECT_NE(text.find(std::string("\n  ") + option), std::string::npos) << option;
     }
     EXPECT_NE(text.find("Usage: tarvo ls [OPTION...] MEDIUM [PATTERN...]\n"), std::string::npos);
 }
@@ -136,10 +175,30 @@ TEST(Help, OfVerbsThatChangeAMediumHasTheirOptions)
     }
 }
 
+TEST(Help, TellsEachOptionOfTheVerbsForVolumes)
+{
+    const std::string init = run({"help", "init"}).output;
+    for (const char *option :
+         {"--media NAME ", "--format FORMAT\n", "--system NAME\n", "--size N ", "--sectors N ", "--heads N ",
+          "--label TEXT ", "--dir N ", "--interleave N\n", "--boot FILE ", "--quick ", "--force ", "--dry-run "}) {
+        EXPECT_NE(init.find(std::string("\n  ") + option), std::string::npos) << option;
+    }
+    EXPECT_NE(init.find("Usage: tarvo init [OPTION...] [MEDIUM]\n"), std::string::npos);
+    for (const char *verb : {"repair", "pack"}) {
+        const std::string text = run({"help", verb}).output;
+        EXPECT_NE(text.find("\n  --backup "), std::string::npos) << verb;
+        EXPECT_NE(text.find("\n  --dry-run "), std::string::npos) << verb;
+    }
+    const std::string pack = run({"help", "pack"}).output;
+    EXPECT_NE(pack.find("a part of one would lose that part"), std::string::npos) << "whoever packs should know";
+    EXPECT_NE(pack.find("65534"), std::string::npos);
+}
+
 TEST(Help, FitsEightyColumnsAndEndsWithExamples)
 {
     std::vector<std::vector<std::string>> command_lines = {{"--help"}};
-    for (const char *verb : all_verbs) command_lines.push_back({"help", verb});
+    for (const Words &verb : all_verbs) command_lines.push_back(help_of(verb));
+    command_lines.push_back({"help", "tape"});
     for (const std::vector<std::string> &words : command_lines) {
         const std::vector<std::string> lines = lines_of(run(words).output);
         for (const std::string &line : lines) EXPECT_LT(line.size(), 80U) << line;
@@ -164,6 +223,9 @@ TEST(Usage, WhatIsNoCommandLineEndsWith64)
     expect_usage_error({"LS"}, "There is no verb \"LS\"");
     expect_usage_error({"--bogus"}, "There is no verb \"--bogus\"");
     expect_usage_error({"help", "frobnicate"}, "There is no verb \"frobnicate\"");
+    expect_usage_error({"tape"}, "tape takes a second word: test, ls or convert");
+    expect_usage_error({"tape", "frobnicate", "x"}, "There is no verb \"tape frobnicate\"");
+    expect_usage_error({"tape", ""}, "There is no verb \"tape \"");
     expect_usage_error({"completion", "fish"}, "Completion is there for bash only");
 }
 
@@ -221,6 +283,31 @@ TEST(Usage, ArgumentsThatAVerbDoesNotTakeEndWith64)
         {"undelete", "a", "--type", "DATA"},
         {"undelete", "a", "b", "c", "--type", "DATA"},
         {"undelete", "a", "b", "--type", "DATA", "--at", "0"},
+        {"init", "a", "b"},
+        {"init", "a", "--media"},
+        {"init", "a", "--format", "sdf"},
+        {"init", "a", "--media", "9895", "--system", "85"},
+        {"init", "a", "--media", "9895", "--dir", "0"},
+        {"init", "a", "--media", "9895", "--interleave", "65536"},
+        {"init", "a", "--media", "9895", "--backup"},
+        {"check"},
+        {"check", "a", "b"},
+        {"check", "a", "--dry-run"},
+        {"repair"},
+        {"repair", "a", "--json"},
+        {"pack"},
+        {"pack", "a", "--damaged"},
+        {"ls", "a", "--config"},
+        {"ls", "a", "--no-config=x"},
+        {"tape", "test"},
+        {"tape", "test", "a", "b"},
+        {"tape", "test", "--json", "a"},
+        {"tape", "test", "--block", "0", "a"},
+        {"tape", "ls"},
+        {"tape", "ls", "--xml", "a"},
+        {"tape", "convert"},
+        {"tape", "convert", "a", "--to", "hpi"},
+        {"tape", "convert", "a", "b"},
     };
     for (const std::vector<std::string> &words : wrong) {
         const Outcome outcome = run(words);

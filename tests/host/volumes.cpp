@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "tests/host/session.h"
+#include "tests/support/sdf_builder.h"
 #include "tests/support/volume_builder.h"
 
 namespace host
@@ -68,11 +69,15 @@ tests::LifVolume read_volume()
     }
 }
 
-// volume FILE demo | files N | lif ... end
+// volume FILE demo | files N | sdf | lif ... end
 void make_volume(const Words &words)
 {
     const std::string &kind = word(words, 2);
     tests::LifVolume volume;
+    if (kind == "sdf") {
+        tests::write_file(word(words, 1), tests::sdf_image(tests::five_levels()).bytes);
+        return;
+    }
     if (kind == "demo") {
         volume = tests::demo_volume();
     } else if (kind == "files") {

@@ -60,6 +60,42 @@ TEST(PlatformNames, MoveOfNothingFails)
     EXPECT_FALSE(exists(scratch.path("b")));
 }
 
+TEST(PlatformNames, ReplaceTakesTheNameOfAnExistingFile)
+{
+    const Scratch scratch;
+    const std::string from = scratch.file("a", "new");
+    const std::string to = scratch.file("b", "old one");
+    EXPECT_TRUE(platform_replace(from.c_str(), to.c_str()));
+    EXPECT_FALSE(exists(from));
+    EXPECT_EQ(content(to), "new");
+}
+
+TEST(PlatformNames, ReplaceNeedsBothFiles)
+{
+    const Scratch scratch;
+    const std::string there = scratch.file("a", "abc");
+    platform_set_last_error(0);
+    EXPECT_FALSE(platform_replace(there.c_str(), scratch.path("none").c_str()));
+    EXPECT_EQ(platform_last_error(), no_such_file);
+    EXPECT_FALSE(exists(scratch.path("none")));
+    EXPECT_FALSE(platform_replace(scratch.path("none").c_str(), there.c_str()));
+    EXPECT_EQ(content(there), "abc");
+}
+
+TEST(PlatformNames, RealPathIsThatOfTheFile)
+{
+    const Scratch scratch;
+    const std::string path = scratch.file("a", "abc");
+    char real[path_size] = "";
+    ASSERT_TRUE(platform_real_path(path.c_str(), real, sizeof real));
+    EXPECT_EQ(content(real), "abc");
+    EXPECT_EQ(std::string(real).back(), 'a');
+    EXPECT_FALSE(platform_real_path(scratch.path("none").c_str(), real, sizeof real));
+    EXPECT_EQ(platform_last_error(), no_such_file);
+    EXPECT_FALSE(platform_real_path(path.c_str(), real, 4)) << "it has no room there";
+    EXPECT_NE(platform_last_error(), 0u);
+}
+
 TEST(PlatformNames, FolderIsMadeOnce)
 {
     const Scratch scratch;

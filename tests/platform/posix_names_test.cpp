@@ -238,5 +238,45 @@ TEST_F(PosixTemporary, MissingOrEndlessFolderFails)
     EXPECT_EQ(platform_last_error(), uint32_t{ENAMETOOLONG});
 }
 
+TEST(PosixReplace, NewFileGetsTheRightsOfTheOldOne)
+{
+    const Scratch scratch;
+    const std::string from = scratch.file("a", "new");
+    const std::string to = scratch.file("b", "old");
+    ASSERT_EQ(chmod(to.c_str(), 0640), 0);
+    ASSERT_TRUE(platform_replace(from.c_str(), to.c_str()));
+    struct stat status;
+    ASSERT_EQ(stat(to.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
+TEST(PosixReplace, NewFileGetsTheOwnerOfTheOldOne)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+    const Scratch scratch;
+    const std::string from = scratch.file("a", "new");
+    const std::string to = scratch.file("b", "old");
+    ASSERT_EQ(chown(to.c_str(), 65534, 65533), 0);
+    ASSERT_TRUE(platform_replace(from.c_str(), to.c_str()));
+    struct stat status;
+    ASSERT_EQ(stat(to.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 65534U);
+    EXPECT_EQ(status.st_gid, 65533U);
+    EXPECT_EQ(content(to), "new");
+}
+
+TEST(PosixRealPath, GoesThroughLinks)
+{
+    const Scratch scratch;
+    const std::string path = scratch.file("a", "abc");
+    std::filesystem::create_symlink("a", scratch.path("link"));
+    std::array<char, 260> real = {};
+    ASSERT_TRUE(platform_real_path(scratch.path("link").c_str(), real.data(), real.size()));
+    EXPECT_EQ(std::string(real.data()), std::filesystem::canonical(path).string());
+    std::filesystem::create_symlink("none", scratch.path("dangling"));
+    EXPECT_FALSE(platform_real_path(scratch.path("dangling").c_str(), real.data(), real.size()));
+    EXPECT_EQ(platform_last_error(), static_cast<uint32_t>(ENOENT));
+}
+
 } // namespace
 #endif

@@ -54,6 +54,16 @@ TEST(PlatformSystem, UnknownCodeHasWordsToo)
     EXPECT_FALSE(words(0xffffffff).empty());
 }
 
+TEST(PlatformSystem, CodeOfAProgramStandsInItsFile)
+{
+    char code[1024] = "";
+    char program[1024] = "";
+    ASSERT_TRUE(platform_library_path(code, sizeof code));
+    ASSERT_TRUE(platform_program_path(program, sizeof program));
+    EXPECT_STREQ(code, program);
+    EXPECT_FALSE(platform_library_path(code, 2));
+}
+
 TEST(PlatformSystem, Hazard_M1_WordsAreCutToTheirRoom)
 {
     const std::string whole = words(2);

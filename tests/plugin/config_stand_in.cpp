@@ -2,11 +2,9 @@
 // real_reader.
 #include "tests/plugin/config_stand_in.h"
 
-#include <random>
-
 #include "base/error.h"
 #include "config/config_file.h"
-#include "tests/support/volume_builder.h"
+#include "config/custom_inner.h"
 
 extern "C" {
 
@@ -41,6 +39,7 @@ int32_t read_values(FileHandle file, int32_t *ret_loglevel, int32_t *board, uint
         set_error(107, "bad assignment in line %d", 5);
         return -1;
     }
+    copy_builtin_tables();
     *use_file_headers = stand_in->values.use_file_headers;
     *use_type_names = stand_in->values.use_type_names;
     *use_typed_extensions = stand_in->values.use_typed_extensions;
@@ -51,22 +50,15 @@ int32_t read_values(FileHandle file, int32_t *ret_loglevel, int32_t *board, uint
 namespace tests
 {
 
-ConfigStandIn::ConfigStandIn(const ConfiguredValues &wanted)
-    : values(wanted), old_folder_(std::filesystem::current_path()),
-      folder_(std::filesystem::temp_directory_path() / ("tarvo_config_" + std::to_string(std::random_device{}())))
+ConfigStandIn::ConfigStandIn(const ConfiguredValues &wanted) : values(wanted), folder_("\n")
 {
-    std::filesystem::create_directory(folder_);
-    std::filesystem::current_path(folder_);
-    write_file("tarvo.ini", {'\n'});
     stand_in = this;
 }
 
 ConfigStandIn::~ConfigStandIn()
 {
     stand_in = nullptr;
-    std::error_code ignored;
-    std::filesystem::current_path(old_folder_, ignored);
-    std::filesystem::remove_all(folder_, ignored);
+    use_builtin_tables();
 }
 
 }

@@ -3,8 +3,8 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
-#include <string>
+
+#include "tests/support/ini_folder.h"
 
 namespace tests
 {
@@ -29,8 +29,7 @@ class ConfigStandIn
     uint32_t readings = 0;
 
   private:
-    std::filesystem::path old_folder_;
-    std::filesystem::path folder_;
+    IniFolder folder_;
 };
 
 }

@@ -11,6 +11,7 @@
 #include "tests/plugin/plugin_host.h"
 #include "tests/support/capture.h"
 #include "tests/support/faults.h"
+#include "tests/support/sdf_builder.h"
 #include "volume/open.h"
 
 using namespace tests;
@@ -321,13 +322,12 @@ TEST(PluginHazards, Hazard_D14_ADirectoryWhoseReadingFailedHalfwayIsNotRewritten
 
 TEST(PluginHazards, Hazard_J19_AMoveOutOfAnSdfVolumeIsRefusedBeforeAnythingIsCopied)
 {
-    const TemporaryFile file(lif_image(one_two_three()));
+    const TemporaryFile file(sdf_image(five_levels()).bytes);
     const PluginHost host(file.path());
     begin_operation();
-    plugin.medium->format = FORMAT_SDF;
     TemporaryFile local(".txt");
     std::string path = local.path();
-    EXPECT_EQ(FsGetFile(host_path("ONE.ASCII").c_str(), path.data(), COPY_MOVE, nullptr), FILE_NOT_SUPPORTED);
+    EXPECT_EQ(FsGetFile(host_path("FIRST.DATA").c_str(), path.data(), COPY_MOVE, nullptr), FILE_NOT_SUPPORTED);
     EXPECT_EQ(host.messages, (Names{"File delete within SDF file system is currently not supported."}));
     EXPECT_FALSE(local.exists());
 }

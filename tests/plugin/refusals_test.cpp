@@ -5,6 +5,7 @@
 #include "plugin/state.h"
 #include "tests/plugin/plugin_host.h"
 #include "tests/support/faults.h"
+#include "tests/support/sdf_builder.h"
 
 using namespace tests;
 
@@ -13,12 +14,11 @@ namespace
 
 using Names = std::vector<std::string>;
 
-// A LIF volume that passes for an SDF one: all that is refused is refused before anything is read.
+// A volume with a tree, opened for an operation.
 struct SdfHost {
-    SdfHost() : image(lif_image(demo_volume())), file(image), host(file.path())
+    SdfHost() : image(sdf_image(five_levels()).bytes), file(image, ".sdf"), host(file.path())
     {
         begin_operation();
-        plugin.medium->format = FORMAT_SDF;
     }
 
     void expect_refused(const char *message) const
@@ -33,7 +33,7 @@ struct SdfHost {
     PluginHost host;
 };
 
-constexpr char name[] = "README.ASCII";
+constexpr char name[] = "FIRST.DATA";
 
 }
 
@@ -103,7 +103,7 @@ TEST(ListReadForAPath, IsNeverWrittenOverTheDirectory)
     const TemporaryFile source(Bytes(300, 'x'), ".txt");
     std::string local = source.path();
     EXPECT_EQ(FsPutFile(local.data(), host_path("NEW").c_str(), 0), FILE_READ_FAILED);
-    EXPECT_EQ(FsDeleteFile(host_path(name).c_str()), 0);
+    EXPECT_EQ(FsDeleteFile(host_path("README.ASCII").c_str()), 0);
     EXPECT_EQ(file.bytes(), image);
     EXPECT_FALSE(host.messages.empty());
 }

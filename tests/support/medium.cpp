@@ -55,6 +55,7 @@ HandMedium::~HandMedium()
         md.alloc_list = next;
     }
     image_free_directory(&md, nullptr);
+    my_free(md.inode_table);
     file_close(md.file);
 }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "base/error.h"
+#include "base/memory.h"
 #include "volume/open.h"
 
 namespace tests
@@ -144,6 +145,7 @@ MemoryMedium::~MemoryMedium()
 {
     EXPECT_TRUE(open_streams.empty()) << "a stream was left open";
     image_free_directory(&md, nullptr);
+    my_free(md.inode_table);
     std::erase(present, this);
 }
 

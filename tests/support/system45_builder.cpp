@@ -314,6 +314,7 @@ Drive45::Drive45(Bytes content, uint32_t access) : image(std::move(content)), st
 Drive45::~Drive45()
 {
     image_free_directory(&md, nullptr);
+    my_free(md.inode_table);
     while (md.alloc_list != nullptr) {
         AllocEntry *next = md.alloc_list->next;
         my_free(md.alloc_list);

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/sdf_builder.h"
 #include "tests/support/volume_builder.h"
 
 namespace
@@ -31,7 +32,7 @@ struct NumberRow {
 struct VolumeRow {
     const char *name;
     const char *help;
-    tests::LifVolume (*make)(Numbers numbers);
+    tests::Bytes (*make)(Numbers numbers);
     std::vector<NumberRow> numbers;
 };
 
@@ -49,19 +50,19 @@ const std::vector<VolumeRow> &volume_rows()
         {
             .name = "demo",
             .help = "files of several types and dates",
-            .make = [](Numbers) { return tests::demo_volume(); },
+            .make = [](Numbers) { return tests::lif_image(tests::demo_volume()); },
             .numbers = {},
         },
         {
             .name = "files",
             .help = "N files of a few bytes",
-            .make = [](Numbers numbers) { return tests::lif_volume_with_files(numbers[0]); },
+            .make = [](Numbers numbers) { return tests::lif_image(tests::lif_volume_with_files(numbers[0])); },
             .numbers = {{"N", most_files}},
         },
         {
             .name = "texts",
             .help = "N LIF ASCII files of up to 2,000 characters",
-            .make = [](Numbers numbers) { return tests::lif_volume_with_texts(numbers[0]); },
+            .make = [](Numbers numbers) { return tests::lif_image(tests::lif_volume_with_texts(numbers[0])); },
             .numbers = {{"N", most_files}},
         },
         {
@@ -69,9 +70,10 @@ const std::vector<VolumeRow> &volume_rows()
             .help = "one LIF ASCII file, TEXT, with this many characters in lines of mixed lengths",
             .make =
                 [](Numbers numbers) {
-                    return tests::lif_volume_with({.name = "TEXT",
-                                                   .type = ascii_type,
-                                                   .content = tests::lif_ascii(tests::mixed_lines(numbers[0]))});
+                    return tests::lif_image(
+                        tests::lif_volume_with({.name = "TEXT",
+                                                .type = ascii_type,
+                                                .content = tests::lif_ascii(tests::mixed_lines(numbers[0]))}));
                 },
             .numbers = {{"CHARACTERS", most_bytes}},
         },
@@ -80,16 +82,28 @@ const std::vector<VolumeRow> &volume_rows()
             .help = "one file, RAW, of bytes without a pattern",
             .make =
                 [](Numbers numbers) {
-                    return tests::lif_volume_with(
-                        {.name = "RAW", .type = raw_type, .content = bytes_without_pattern(numbers[0])});
+                    return tests::lif_image(tests::lif_volume_with(
+                        {.name = "RAW", .type = raw_type, .content = bytes_without_pattern(numbers[0])}));
                 },
             .numbers = {{"BYTES", most_bytes}},
         },
         {
             .name = "empty",
             .help = "no file, but records in all and slots for entries",
-            .make = [](Numbers numbers) { return tests::empty_lif_volume(numbers[0], numbers[1]); },
+            .make = [](Numbers numbers) { return tests::lif_image(tests::empty_lif_volume(numbers[0], numbers[1])); },
             .numbers = {{"RECORDS", most_records}, {"SLOTS", most_files}},
+        },
+        {
+            .name = "sdf",
+            .help = "N files of a record each, in directories of a hundred, on an SDF volume",
+            .make = [](Numbers numbers) { return tests::sdf_image(tests::sdf_volume_with_folders(numbers[0])).bytes; },
+            .numbers = {{"N", most_files}},
+        },
+        {
+            .name = "tree",
+            .help = "directories five levels deep on an SDF volume",
+            .make = [](Numbers) { return tests::sdf_image(tests::five_levels()).bytes; },
+            .numbers = {},
         },
     };
     return rows;
@@ -125,7 +139,7 @@ int make(const std::vector<std::string> &words)
     for (size_t i = 0; i < row->numbers.size(); i++) {
         if (!take_number(words[i + 1], row->numbers[i], &numbers)) return usage();
     }
-    tests::write_file(words.back(), tests::lif_image(row->make(numbers)));
+    tests::write_file(words.back(), row->make(numbers));
     return 0;
 }
 

@@ -174,8 +174,8 @@ TEST(ExtractNames, SafeHostNames)
     const std::pair<const char *, const char *> rows[] = {{"NOTES", "NOTES"},
                                                           {"a b.c", "a b.c"},
                                                           {"", "_"},
-                                                          {".", "_."},
-                                                          {"..", "_.."},
+                                                          {".", "__"},
+                                                          {"..", "___"},
                                                           {".a", ".a"},
                                                           {"a/b\\c", "a_b_c"},
                                                           {"../x", ".._x"},
@@ -189,9 +189,10 @@ TEST(ExtractNames, SafeHostNames)
 TEST(ExtractNames, Hazard_C10_DevicesAndTrailingDotsAreNoNamesOnWindows)
 {
     const std::string mark = is_windows() ? "_" : "";
-    for (const char *name : {"CON", "con", "Nul", "PRN", "AUX", "COM1", "COM9", "LPT1", "lpt9", "NUL.ASCII", "con.x.y",
-                             "a.", "a..", "..."})
+    for (const char *name : {"CON", "con", "Nul", "PRN", "AUX", "COM1", "COM9", "LPT1", "lpt9", "NUL.ASCII", "con.x.y"})
         EXPECT_EQ(safe_host_name(name), mark + name) << name;
+    for (const auto &[name, wanted] : {std::pair("a.", "_a_"), std::pair("a. .", "_a___"), std::pair("...", "____")})
+        EXPECT_EQ(safe_host_name(name), is_windows() ? wanted : name) << name;
     for (const char *name : {"CONS", "COM", "COM10", "XCON", "NULL", "LPT", "A.CON", "a.b"})
         EXPECT_EQ(safe_host_name(name), name) << name;
 }

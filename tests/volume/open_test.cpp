@@ -203,16 +203,6 @@ TEST(ImageOpen, OtherMediaAreNotSupported)
     expect_unsupported("7:", 0, "GPIB");
 }
 
-TEST(ImageOpen, TapeContainersAreNotSupported)
-{
-    for (const char *extension : {".tap", ".TAP", ".Tape", ".TAPE", ".simh", ".SIMH"}) {
-        const TemporaryFile file(lif_image(two_files()), extension);
-        expect_unsupported(file.path(), OPEN_READ_VOLUME, "SIMH");
-    }
-    const TemporaryFile file(lif_image(two_files()));
-    expect_unsupported(file.path(), OPEN_SIMH, "SIMH");
-}
-
 TEST(ImageOpen, OtherExtensionsArePlainImages)
 {
     for (const char *extension : {"", ".hpi", ".tapes", ".tap.hpi", ".si"}) {

@@ -223,11 +223,11 @@ TEST(Recognition, TheMagicOfRecordOneIsShownForWhatIsUnknown)
     EXPECT_EQ(hand.md.format, uint32_t{FORMAT_UNKNOWN});
 }
 
-TEST(Recognition, SdfIsNotSupported)
+TEST(Recognition, SdfMagicWithoutBlocksIsRefused)
 {
     Bytes image = image_of_records(16);
     set_word_at(image, 0, 0x0700);
-    expect_refused(image, 109, "SDF");
+    expect_refused(image, 203, "block size 0");
 }
 
 TEST(Recognition, ASecondFileSystemBehindTheLifHeaderIsNoted)

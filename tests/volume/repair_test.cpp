@@ -35,6 +35,21 @@ DiskVolume with_holes()
     return volume;
 }
 
+// LONG of 4,200 records, of which each byte differs from that two records on, and NEXT behind it, two records too high.
+Bytes long_file()
+{
+    DiskVolume volume;
+    volume.tracks = 150;
+    volume.data_tracks = 148;
+    volume.entries = {{.name = "LONG", .start = 62, .records = 4200},
+                      {.name = "NEXT", .start = 4262, .records = 3, .fill = 'n'}};
+    volume.runs = Runs{{60, 2}, {4265, 235}};
+    Bytes bytes = disk45_image(volume);
+    for (size_t i = 62 * record_bytes; i < 4262 * record_bytes; ++i)
+        bytes[i] = static_cast<uint8_t>(i / 512 * 7 + i % 256);
+    return bytes;
+}
+
 int32_t defrag(const TemporaryFile &image)
 {
     forget_error();
@@ -388,25 +403,41 @@ TEST(Defrag, Hazard_K1_TablesComeBehindTheFiles)
     }
 }
 
+// What is longer than a megabyte goes through a temporary file.
+TEST(Defrag, LongFileMovesOverItself)
+{
+    const Bytes before = long_file();
+    const size_t temporary_before = temporary_files();
+    const TemporaryFile image(before);
+    ASSERT_EQ(defrag(image), 0) << error_text();
+    EXPECT_EQ(stored_named(stored_disk(image.bytes()), "LONG").start, 60u);
+    EXPECT_EQ(stored_named(stored_disk(image.bytes()), "NEXT").start, 4260u);
+    for (const char *name : {"LONG", "NEXT"})
+        EXPECT_EQ(stored_content(image.bytes(), name), stored_content(before, name)) << name;
+    EXPECT_EQ(temporary_files(), temporary_before);
+}
+
 TEST(Defrag, TroubleWithTheTemporaryFileHasItsOwnWords)
 {
     const LogCapture log(0);
     bool seen_300 = false;
     bool seen_302 = false;
-    for (uint32_t n = 1; n < 40; ++n) {
-        const TemporaryFile image(disk45_image(with_holes()));
+    const size_t temporary_before = temporary_files();
+    for (uint32_t n = 1; n < 20; ++n) {
+        const TemporaryFile image(long_file());
         const FileFaults faults(FileFault::open, n);
         if (defrag(image) < 0 && global_error == 300 && std::string(global_error_info) == "temporary file")
             seen_300 = true;
     }
     for (uint32_t n = 1; n < 60; ++n) {
-        const TemporaryFile image(disk45_image(with_holes()));
+        const TemporaryFile image(long_file());
         const FileFaults faults(FileFault::short_read, n);
         if (defrag(image) < 0 && global_error == 302 && std::string(global_error_info) == "temporary file")
             seen_302 = true;
     }
     EXPECT_TRUE(seen_300);
     EXPECT_TRUE(seen_302);
+    EXPECT_EQ(temporary_files(), temporary_before);
 }
 
 TEST(Defrag, NoMemory)

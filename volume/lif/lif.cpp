@@ -11,6 +11,7 @@
 #include "base/error.h"
 #include "base/log.h"
 #include "volume/access.h"
+#include "volume/entries_inner.h"
 #include "volume/filetypes_inner.h"
 #include "volume/lif/lif_header.h"
 #include "volume/type_text.h"
@@ -20,7 +21,6 @@ namespace
 constexpr uint32_t entry_size = 32;
 constexpr uint32_t name_size = 10;
 constexpr uint16_t end_of_directory = 0xFFFF;
-constexpr uint16_t bdat_98x6 = 0xE961;
 constexpr uint8_t class_9845 = 0xE8;
 constexpr uint8_t class_series80 = 0xE0;
 constexpr uint32_t default_record_len = 128;
@@ -110,16 +110,6 @@ void complete_lif(FileInfo *info)
     complete_implementation_bytes(info, has_length);
     if (bdat) complete_protection(info);
     if (!has_length || info->record_len == 0) info->record_len = default_record_len;
-}
-
-uint32_t count_records(const FileInfo *info)
-{
-    uint32_t length = info->record_len * 2;
-    if (info->type == bdat_98x6) {
-        // Kept: a BDAT file of no records at all shows 16777215.  [KeepsWrappedRecordCountOfEmptyBdatFile]
-        return (length + info->size - 257) / length;
-    }
-    return (length + info->size - 1) / length;
 }
 
 int32_t read_entry(MediaDescriptor *md, FileInfo *info, const uint8_t *entry, uint32_t *ret_size)

@@ -12,8 +12,8 @@ void compose_lif_header(MediaDescriptor *md, uint8_t *record)
     md->file_area_start = md->dir_start + md->dir_size;
     const uint64_t ahead = uint64_t{md->file_area_start} * RECORD_SIZE;
     md->data_size = ahead < md->size ? static_cast<uint32_t>(md->size - ahead) : 0;
-    set_word(record, magic);
     std::memcpy(record + 2, md->label, label_bytes);
+    set_word(record, magic);
     set_dword(record + 8, md->dir_start);
     set_word(record + 12, md->dir_id);
     set_dword(record + 16, md->dir_size);

@@ -1,40 +1,26 @@
-// The Structured Directory Format: recognised, and refused.
+// The row of the Structured Directory Format, a tree of directories whose files are told by inodes. It is read only.
 #include "volume/sdf/sdf.h"
 
-#include "base/error.h"
-#include "volume/filetypes_inner.h"
-#include "volume/type_text.h"
+#include "volume/sdf/sdf_inner.h"
 
 namespace
 {
 constexpr uint16_t sdf_magic = 0x0700;
-constexpr uint32_t default_record_len = 128;
 
 int32_t claims_sdf(MediaDescriptor *md, const uint8_t *)
 {
     return md->magic == sdf_magic ? 1 : 0;
-}
-
-int32_t refuse_sdf(MediaDescriptor *, const uint8_t *)
-{
-    set_error(109, "SDF volume");
-    return -1;
-}
-
-void complete_sdf(FileInfo *info)
-{
-    if ((info->type & 0xFF80) != 0xE980) {
-        const char *system = find_type_name(LIF_system, info->type >> 8);
-        if (system != nullptr) set_system_text(info, system);
-    }
-    if (info->record_len == 0) info->record_len = default_record_len;
 }
 }
 
 const VolumeFormat sdf_format = {
     .name = "SDF",
     .claims = claims_sdf,
-    .read_header = refuse_sdf,
-    .complete_info = complete_sdf,
+    .read_header = read_sdf_header,
+    .read_entry = read_sdf_entry,
+    .locate_directory = locate_sdf_directory,
+    .locate_file = locate_sdf_file,
+    .complete_info = complete_sdf_info,
     .name_limit = 16,
+    .header_tells_free_space = true,
 };

@@ -21,7 +21,8 @@ int32_t read_disk45_entry(MediaDescriptor *md, FileInfo *info, const uint8_t *en
     if (get_word(entry) == 0) return 0;
     take_name45(info, entry);
     info->type = get_word(entry + 12);
-    info->location = get_word(entry + 6) + (uint32_t{info->type} & location_bits) * 0x10000;
+    const uint32_t high = info->type & location_bits;
+    info->location = high << 16 | get_word(entry + 6);
     info->records = get_word(entry + 8);
     info->record_len = info->type > last_fixed_length ? get_word(entry + 10) : fixed_length;
     if (entry[15] == protection_mark) info->attributes = ATTRIBUTE_READ_ONLY | ATTRIBUTE_SYSTEM;

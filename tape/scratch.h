@@ -1,0 +1,19 @@
+// Memory for the time of one operation.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "base/memory.h"
+
+struct Scratch {
+    using Release = void (*)(void *);
+    std::unique_ptr<void, Release> block; // null: there was none to be had
+
+    explicit Scratch(uint64_t bytes) : block(my_malloc(bytes), my_free) {}
+
+    uint8_t *bytes() const
+    {
+        return static_cast<uint8_t *>(block.get());
+    }
+};

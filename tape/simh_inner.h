@@ -1,0 +1,67 @@
+// The operations on a tape image below its exported functions. They work at the position of a view, which they move,
+// and in the fixed layout at tape->record_number, which the caller has from locate(). Results are those of simh.h.
+#pragma once
+
+#include <cstdint>
+
+#include "tape/simh.h"
+#include "tape/view.h"
+
+constexpr uint32_t slot_overhead = 16; // bytes of a slot that are no data
+
+inline bool is_fixed(const TapeImage *tape)
+{
+    return tape->format == SIMH_FIXED;
+}
+
+inline uint64_t slot_bytes(const TapeImage *tape)
+{
+    return uint64_t{tape->blocksize} + slot_overhead;
+}
+
+inline uint64_t slot_start(const TapeImage *tape, uint32_t slot)
+{
+    return slot * slot_bytes(tape);
+}
+
+void reset_tape(TapeImage *tape);
+
+// In the fixed layout: the record number of the present position, unless a record is in progress.
+void locate(TapeImage *tape, const TapeView *view);
+
+// The word at the position, which moves behind it. 0, or SIMH_END_OF_FILE when it isn't all there, or SIMH_ERROR.
+int32_t take_word(TapeView *view, uint32_t *ret_word);
+
+// ---- moves, in moves.cpp -------------------------------------------------------------------------------
+
+int32_t move_forward(TapeImage *tape, TapeView *view, bool keep_address);
+int32_t move_reverse(TapeImage *tape, TapeView *view);
+int32_t space_records(TapeImage *tape, TapeView *view, int32_t count);
+int32_t space_files(TapeImage *tape, TapeView *view, int32_t count);
+int32_t set_slot(TapeImage *tape, TapeView *view, uint32_t slot);
+int32_t set_position(TapeImage *tape, TapeView *view, uint32_t new_record);
+
+// ---- reading, in reading.cpp ---------------------------------------------------------------------------
+
+struct ReadOrder {
+    uint8_t *buffer;
+    uint32_t most_bytes; // 0 with the first part: no limit
+    int32_t part;
+    bool forward;
+};
+
+int32_t position_tape(TapeImage *tape, TapeView *view, bool forward);
+int32_t read_record(TapeImage *tape, TapeView *view, const ReadOrder &order, int32_t *ret_eor);
+
+// Ends any record in progress, and settles the view behind one that was written.
+int32_t end_transfer(TapeImage *tape, TapeView *view);
+void rewind_tape(TapeImage *tape, TapeView *view);
+
+// ---- writing, in writing.cpp and erase_gap.cpp ---------------------------------------------------------
+// After a failure the view holds anything; the caller puts it and the record back. What is gathered may still fail.
+
+bool write_record(TapeImage *tape, TapeView *view, const void *buffer, uint32_t size, int32_t part);
+bool write_tapemark(TapeImage *tape, TapeView *view);
+bool write_eom(TapeImage *tape, TapeView *view);
+bool write_slots(TapeImage *tape, TapeView *view, uint32_t count, bool do_format);
+bool write_erase_gap(TapeView *view, uint64_t size);

@@ -1,0 +1,42 @@
+#include "tests/console/disks.h"
+
+#include <stdexcept>
+
+namespace tests
+{
+
+DiskVolume disk_with_holes()
+{
+    DiskVolume volume = three_disk_files();
+    volume.tracks = 4;
+    volume.data_tracks = 2;
+    volume.entries[0].start = 63;
+    volume.entries[1].start = 70;
+    volume.entries[2].start = 90;
+    volume.runs = Runs{{60, 3}, {66, 4}, {75, 15}, {98, 22}};
+    return volume;
+}
+
+Outcome run_on(const std::string &verb, const TemporaryFile &volume, const Names &words)
+{
+    Names line = {verb, volume.path()};
+    line.insert(line.end(), words.begin(), words.end());
+    return run(line);
+}
+
+std::string file_content(const Bytes &image, const std::string &name)
+{
+    const StoredVolume volume = stored_disk(image);
+    const StoredFile *file = file_named(volume, name);
+    if (file == nullptr) throw std::runtime_error("no file " + name);
+    const Bytes content = content_of(image, *file);
+    return std::string(content.begin(), content.end());
+}
+
+Bytes with_byte(Bytes image, size_t position, uint8_t value)
+{
+    image.at(position) = value;
+    return image;
+}
+
+}
