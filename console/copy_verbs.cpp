@@ -39,7 +39,9 @@ const char *nothing_done(const CopyRun &run)
 
 std::string place_of(const CopyRun &run)
 {
-    return run.other != nullptr ? std::string(run.other->msus) + ":" : "";
+    std::string place;
+    if (run.other != nullptr) place.append(run.other->msus).append(":");
+    return place;
 }
 
 // "type ASCII", or what another format makes of it.

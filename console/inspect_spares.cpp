@@ -80,7 +80,7 @@ Comparison compare_piece(const Table &table, const Piece &piece, Findings *findi
         const Comparison result = compare_records(table, &piece.main[offset], &piece.spare[offset], head);
         if (result == Comparison::differs) {
             add_fault(findings, FindingKind::spare, "the spare %s differs from the main one, first in record %lu",
-                      table.name, static_cast<unsigned long>(table.spare + piece.first + index));
+                      table.name, static_cast<unsigned long>(table.spare) + piece.first + index);
         }
         if (result != Comparison::same) return result;
     }

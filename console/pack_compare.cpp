@@ -118,7 +118,7 @@ bool packed_is_same(MediaDescriptor *old, MediaDescriptor *packed, ProgressCallb
                     PackDifference *ret_difference)
 {
     constexpr uint64_t before = 60; // percent that packing counts for
-    const uint64_t files = count_live(old);
+    const uint64_t files = std::max<uint64_t>(count_live(old), 1);
     const FileInfo *other = next_live(packed->root);
     Pieces pieces;
     uint64_t done = 0;

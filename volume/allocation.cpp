@@ -226,6 +226,41 @@ uint64_t end_of_file(const FileInfo *info)
     return info->location + std::max(records, file_region(info).length);
 }
 
+namespace
+{
+// From the middle of a run: what is ahead of it stays one, with whatever stands there, what is behind it becomes
+// another.
+bool cut_run(AllocEntry *run, uint64_t start, uint32_t size)
+{
+    const uint64_t end = uint64_t{run->location} + run->size;
+    const auto rest = static_cast<uint32_t>(end - start - size);
+    if (rest != 0) {
+        auto *behind = static_cast<AllocEntry *>(my_malloc(sizeof(AllocEntry)));
+        if (behind == nullptr) return false;
+        *behind = {static_cast<uint32_t>(start + size), rest, run->next};
+        run->next = behind;
+    }
+    run->size = static_cast<uint32_t>(start - run->location);
+    return true;
+}
+
+// On some media the spare tables stand among the files, and a new volume has one free run over all of it: where no run
+// has room at its start, there may be some behind them.
+uint16_t allocate_behind_spares(MediaDescriptor *md, uint32_t size, const FilesAsked &files)
+{
+    const uint64_t places[] = {uint64_t{md->spare_dir_start} + md->dir_size,
+                               uint64_t{md->spare_alloc_start} + md->alloc_size};
+    for (AllocEntry *run = md->alloc_list; run != nullptr; run = run->next) {
+        for (const uint64_t place : places) {
+            const bool inside = place > run->location && place + size <= uint64_t{run->location} + run->size;
+            if (!inside || run->size >= largest_run || !may_hand_out(md, files, {place, size})) continue;
+            return cut_run(run, place, size) ? static_cast<uint16_t>(place) : uint16_t{0};
+        }
+    }
+    return 0;
+}
+}
+
 // Best fit: the smallest run that is large enough, of equal ones the first. A run that holds something else is no run.
 uint16_t allocate_run(MediaDescriptor *md, uint32_t size, const FilesAsked &files)
 {
@@ -239,7 +274,7 @@ uint16_t allocate_run(MediaDescriptor *md, uint32_t size, const FilesAsked &file
         best = link;
         best_size = run->size;
     }
-    if (best == nullptr) return 0;
+    if (best == nullptr) return size == 0 ? uint16_t{0} : allocate_behind_spares(md, size, files);
     AllocEntry *run = *best;
     auto location = static_cast<uint16_t>(run->location);
     run->location += size;

@@ -11,7 +11,6 @@
 
 using tests::Bytes;
 using tests::dword_at;
-using tests::expect_good;
 using tests::FreeRun;
 using tests::Names;
 using tests::Outcome;

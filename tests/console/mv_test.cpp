@@ -69,9 +69,9 @@ TEST_P(MvOnEach, NewNameMaySayTheTypeThatTheFileHas)
 TEST_P(MvOnEach, NewNameChangesNoType)
 {
     const TemporaryFile volume(GetParam().image());
+    const std::string refusal = error_line("GAMMA.&512.BDAT: " + other_type) + nothing_renamed;
     for (const char *name : {"NEW.DATA", "NEW.&256.BDAT", "NEW.#c801"}) {
-        expect_refused(change("mv", volume, {"GAMMA", name}),
-                       error_line("GAMMA.&512.BDAT: " + other_type) + nothing_renamed);
+        expect_refused(change("mv", volume, {"GAMMA", name}), refusal);
     }
     expect_refused(change("mv", volume, {"GAMMA", "disc.img"}),
                    error_line("GAMMA.&512.BDAT: Unknown file type (\"img\")") + nothing_renamed);

@@ -200,7 +200,9 @@ TEST(TapeLsVerb, EmptyFileAndSlots)
 
 TEST(TapeLsVerb, LinesFitEightyColumns)
 {
-    const TemporaryFile tape(joined({tape_record(std::string(0xFFFFFF, 'x')), tape_mark(), tape_record("A")}), ".tap");
+    std::string longest;
+    longest.resize(0xFFFFFF, 'x');
+    const TemporaryFile tape(joined({tape_record(longest), tape_mark(), tape_record("A")}), ".tap");
     const std::string text = run({"tape", "ls", tape.path()}).output;
     for (size_t start = 0; start < text.size(); start = text.find('\n', start) + 1)
         EXPECT_LT(text.find('\n', start) - start, 80U);

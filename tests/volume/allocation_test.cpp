@@ -303,3 +303,55 @@ TEST(LifAllocation, Hazard_D7_AnEndThatWrapsIsNoSpace)
         EXPECT_EQ(image_allocate(open.md, 1), 0u) << location << ' ' << records;
     }
 }
+
+namespace
+{
+
+// The spare tables at 100 to 105, in the middle of all that is free.
+std::unique_ptr<HandMedium> disc_with_spares_among_files()
+{
+    auto hand = disc_with({{30, 1970}});
+    hand->md.spare_dir_start = 100;
+    hand->md.spare_alloc_start = 104;
+    return hand;
+}
+
+}
+
+TEST(AllocateAroundSpares, FilesStandBehindThemWhereThereIsNoRoomAhead)
+{
+    const auto hand = disc_with_spares_among_files();
+    EXPECT_EQ(image_allocate(&hand->md, 60), 30);
+    EXPECT_EQ(image_allocate(&hand->md, 60), 106);
+    EXPECT_EQ(runs_of(hand->md), (Runs{{90, 16}, {166, 1834}}));
+    EXPECT_EQ(image_allocate(&hand->md, 10), 90);
+    EXPECT_EQ(image_allocate(&hand->md, 1834), 166);
+    EXPECT_EQ(runs_of(hand->md), (Runs{{100, 6}}));
+    EXPECT_EQ(image_allocate(&hand->md, 1), 0) << "only the spare tables are left";
+}
+
+TEST(AllocateAroundSpares, FilesUpToThemAndRightBehindThem)
+{
+    const auto hand = disc_with_spares_among_files();
+    EXPECT_EQ(image_allocate(&hand->md, 70), 30);
+    EXPECT_EQ(runs_of(hand->md), (Runs{{100, 1900}}));
+    EXPECT_EQ(image_allocate(&hand->md, 1895), 0);
+    EXPECT_EQ(image_allocate(&hand->md, 1894), 106);
+    EXPECT_EQ(runs_of(hand->md), (Runs{{100, 6}}));
+}
+
+TEST(AllocateAroundSpares, AFileBehindThemGoesBackIntoTheRun)
+{
+    const auto hand = disc_with_spares_among_files();
+    ASSERT_EQ(image_allocate(&hand->md, 100), 106);
+    image_free_allocation(&hand->md, 106, 100);
+    EXPECT_EQ(runs_of(hand->md), (Runs{{30, 1970}}));
+}
+
+TEST(AllocateAroundSpares, WithoutMemoryThereIsNoRoom)
+{
+    const auto hand = disc_with_spares_among_files();
+    const HeapFaults faults(1);
+    EXPECT_EQ(image_allocate(&hand->md, 100), 0);
+    EXPECT_EQ(runs_of(hand->md), (Runs{{30, 1970}}));
+}

@@ -158,7 +158,7 @@ TEST(Disk45SampleCommands, NewNameAndNothingElseChanges)
     }
     Bytes wanted = before;
     for (const uint32_t table : {main_tables, spare_tables})
-        std::copy_n("AB\0\0\0\0", 6, wanted.begin() + static_cast<std::ptrdiff_t>(table * record_bytes + 16));
+        std::copy_n("AB\0\0\0\0", 6, wanted.begin() + static_cast<std::ptrdiff_t>(table * size_t{record_bytes} + 16));
     EXPECT_EQ(copy.bytes(), wanted);
     expect_sound(copy.bytes(), {"RJE", "AB", "PRIME3"});
 }

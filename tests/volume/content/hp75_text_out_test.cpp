@@ -128,7 +128,9 @@ TEST(Hp75TextOut, ALineHeadAtEveryOffsetNearABlocksEnd)
         const Bytes content = joined({head, numbered(0x01, 0, dots), numbered(0x20, 0, "cdef"), ten});
         // The head of the last line is cut by the block's end at 246, 247 and 248; of the last, four bytes are left.
         const std::string last = offset == 248 ? " 200 b" : offset == 246 || offset == 247 ? "" : ten_text;
-        EXPECT_EQ(text_of_file(hp75_text, content), "   1 " + dots + "\r\n  20 cdef\r\n" + last) << offset;
+        std::string text = "   1 ";
+        text.append(dots).append("\r\n  20 cdef\r\n").append(last);
+        EXPECT_EQ(text_of_file(hp75_text, content), text) << offset;
     }
 }
 
