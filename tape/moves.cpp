@@ -26,18 +26,13 @@ Gap no_gap_yet(const TapeImage *tape)
     return {0, uint64_t{tape->unit_size} * tape->runaway_limit};
 }
 
-int32_t short_read(int32_t count)
-{
-    return count < 0 ? SIMH_ERROR : SIMH_END_OF_FILE;
-}
-
 // The second half of the gap word behind a half gap; what it holds isn't looked at.
 int32_t take_half_gap(TapeView *view)
 {
     uint8_t bytes[half_gap_bytes];
     const int32_t count = view_look(view, view->position, bytes, half_gap_bytes);
     if (count > 0) view->position += static_cast<uint32_t>(count);
-    return count == half_gap_bytes ? 0 : short_read(count);
+    return count == half_gap_bytes ? 0 : short_tape_read(count);
 }
 
 int32_t advance(TapeImage *tape, TapeView *view)
@@ -164,12 +159,6 @@ void locate(TapeImage *tape, const TapeView *view)
 {
     const bool is_known = tape->state != SIMH_IDLE; // inside a record
     if (is_fixed(tape) && !is_known) tape->record_number = static_cast<uint32_t>(view->position / slot_bytes(tape));
-}
-
-int32_t take_word(TapeView *view, uint32_t *ret_word)
-{
-    const int32_t count = view_take_word(view, ret_word);
-    return count == word_bytes ? 0 : short_read(count);
 }
 
 int32_t move_forward(TapeImage *tape, TapeView *view, bool keep_address)

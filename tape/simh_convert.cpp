@@ -8,8 +8,8 @@
 #include "base/log.h"
 #include "base/log_pointer.h"
 #include "tape/packing.h"
-#include "tape/scratch.h"
 #include "tape/simh_inner.h"
+#include "tape/tape_buffer.h"
 #include "tape/words.h"
 
 namespace
@@ -88,7 +88,7 @@ constexpr PackingTarget slots = {block_to_slot, mark_to_slot, "Error in SIMH mag
 bool convert_to_slots(TapeImage *from, TapeImage *to, bool join)
 {
     if (!begin_tape(from, &tape_view) || !begin_slots(to, &other_view)) return false;
-    const Scratch block(block_room(&tape_view, to->blocksize));
+    const TapeBuffer block(block_room(&tape_view, to->blocksize));
     if (block.bytes() == nullptr) return refuse(105, "");
     Packing packing = {.target = &slots,
                        .from = from,
@@ -125,7 +125,7 @@ constexpr PackingTarget plain_file = {block_to_file, ignore_mark, "error in SIMH
 bool convert_to_file(TapeImage *from, uint32_t block_size)
 {
     if (!begin_tape(from, &tape_view)) return false;
-    const Scratch block(block_room(&tape_view, block_size));
+    const TapeBuffer block(block_room(&tape_view, block_size));
     if (block.bytes() == nullptr) return refuse(105, "");
     Packing packing = {.target = &plain_file,
                        .from = from,
@@ -168,7 +168,7 @@ int32_t slot_to_file(const TapeImage *tape, uint8_t *block)
 bool convert_slots(TapeImage *from)
 {
     if (!begin_tape(from, &tape_view)) return false;
-    const Scratch block(block_room(&tape_view, from->blocksize));
+    const TapeBuffer block(block_room(&tape_view, from->blocksize));
     if (block.bytes() == nullptr) return refuse(105, "");
     const uint64_t most_slots = (tape_view.end + from->blocksize - 1) / from->blocksize;
     Percent percent = {static_cast<uint32_t>(tape_view.end)};
@@ -188,7 +188,7 @@ bool convert_from_file(TapeImage *to)
     if (!begin_tape(to, &other_view)) return false;
     if (is_fixed(to)) to->num_records = 0;
     const uint32_t block_size = to->blocksize;
-    const Scratch block(block_room(&tape_view, block_size));
+    const TapeBuffer block(block_room(&tape_view, block_size));
     if (block.bytes() == nullptr) return refuse(105, "");
     Percent percent = {static_cast<uint32_t>(tape_view.end)};
     uint32_t count = block_size;

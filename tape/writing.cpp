@@ -2,8 +2,8 @@
 // whole.
 #include "base/error.h"
 #include "base/log.h"
-#include "tape/scratch.h"
 #include "tape/simh_inner.h"
+#include "tape/tape_buffer.h"
 #include "tape/words.h"
 
 namespace
@@ -163,7 +163,7 @@ bool write_slots(TapeImage *tape, TapeView *view, uint32_t count, bool do_format
     const uint64_t bytes = slot_bytes(tape);
     if (bytes > last_position || (count + uint64_t{1}) * bytes > last_position) return refuse(303, "");
     if (do_format && tape->blocksize > largest_record) return refuse(103, "record too long");
-    const Scratch slot(bytes);
+    const TapeBuffer slot(bytes);
     if (slot.bytes() == nullptr) return refuse(105, "");
     build_slot(tape, slot.bytes(), do_format);
     for (uint32_t i = 0; i < count; i++) {

@@ -6,11 +6,11 @@
 
 #include "base/memory.h"
 
-struct Scratch {
+struct TapeBuffer {
     using Release = void (*)(void *);
     std::unique_ptr<void, Release> block; // null: there was none to be had
 
-    explicit Scratch(uint64_t bytes) : block(my_malloc(bytes), my_free) {}
+    explicit TapeBuffer(uint64_t bytes) : block(my_malloc(bytes), my_free) {}
 
     uint8_t *bytes() const
     {
