@@ -46,20 +46,36 @@ int64_t failing_read(PlatformFile file, void *buffer, uint32_t bytes)
     return platform_read(file, buffer, bytes);
 }
 
-int64_t counting_write(PlatformFile file, const void *buffer, uint32_t bytes)
+// How many of the bytes may be written; false when the write is one that fails.
+bool admit(PlatformFile file, uint32_t *bytes)
 {
-    if (rules.left != UINT64_MAX && rules.left-- == 0) return -1;
-    if (file != rules.watched) return platform_write(file, buffer, bytes);
-    const auto taken = static_cast<uint32_t>(std::min<uint64_t>(bytes, rules.room));
-    const int64_t written = taken == 0 ? 0 : platform_write(file, buffer, taken);
-    if (written > 0) {
+    if (rules.left != UINT64_MAX && rules.left-- == 0) return false;
+    if (file == rules.watched) *bytes = static_cast<uint32_t>(std::min<uint64_t>(*bytes, rules.room));
+    return true;
+}
+
+int64_t counted(PlatformFile file, int64_t written)
+{
+    if (file == rules.watched && written > 0) {
         rules.room -= static_cast<uint64_t>(written);
         rules.bytes += static_cast<uint64_t>(written);
     }
     return written;
 }
 
-constexpr FileCalls counting_files = {.read = failing_read, .write = counting_write};
+int64_t counting_write(PlatformFile file, const void *buffer, uint32_t bytes)
+{
+    if (!admit(file, &bytes)) return -1;
+    return counted(file, bytes == 0 ? 0 : platform_write(file, buffer, bytes));
+}
+
+int64_t counting_write_at(PlatformFile file, const void *buffer, uint32_t bytes, uint64_t position)
+{
+    if (!admit(file, &bytes)) return -1;
+    return counted(file, bytes == 0 ? 0 : platform_write_at(file, buffer, bytes, position));
+}
+
+constexpr FileCalls counting_files = {.read = failing_read, .write = counting_write, .write_at = counting_write_at};
 
 }
 
