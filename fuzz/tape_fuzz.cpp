@@ -10,20 +10,20 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "base/attach.h"
 #include "base/file.h"
 #include "base/log.h"
 #include "base/memory.h"
-#include "base/memory_inner.h"
-#include "base/output.h"
+#include "fuzz/support.h"
 #include "tape/data.h"
 #include "tape/simh.h"
 #include "tape/simh_convert.h"
 #include "tape/simh_test.h"
+
+using fuzz::demand;
+using fuzz::live_blocks;
 
 namespace
 {
@@ -40,28 +40,6 @@ constexpr uint16_t gap_bits = 0xFF00; // the size of the erase gap, in pairs of 
 
 constexpr uint32_t head_bytes = 4;
 constexpr uint32_t buffer_bytes = 4096;
-
-uint64_t live_blocks;
-
-void *counting_allocate(void *from, size_t bytes)
-{
-    void *block = platform_heap_allocate(from, bytes);
-    if (block != nullptr) live_blocks++;
-    return block;
-}
-
-void counting_release(void *from, void *block)
-{
-    if (block != nullptr) live_blocks--;
-    platform_heap_free(from, block);
-}
-
-constexpr HeapCalls counting_heap = {counting_allocate, counting_release};
-
-void demand(bool holds)
-{
-    if (!holds) abort();
-}
 
 struct MemoryFile {
     int descriptor;
@@ -195,10 +173,7 @@ void convert(uint16_t options, uint32_t blocksize)
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    if (library_attach() != 0) return 1;
-    heap_calls = &counting_heap;
-    logfile = file_void();
-    output_to(file_void());
+    if (fuzz::prepare() != 0) return 1;
     source = make_file("source");
     target = make_file("target");
     return 0;
