@@ -10,7 +10,7 @@
 #include "tape/simh_convert.h"
 #include "tape/simh_test.h"
 #include "tests/support/capture.h"
-#include "tests/tape/random_choice.h"
+#include "tests/support/random_choice.h"
 #include "tests/tape/tape_image.h"
 
 using namespace tests;
