@@ -157,17 +157,20 @@ int32_t file_seek(FileHandle file, uint32_t position)
     return seek_to_end(file, &end);
 }
 
+bool file_resize(FileHandle file, uint64_t bytes)
+{
+    if (!seek_to(file, bytes)) return false;
+    ++file_generation;
+    if (file_calls->set_end(file)) return true;
+    set_error(309, "");
+    return false;
+}
+
 int32_t file_prepare(FileHandle file, uint32_t size)
 {
     log_file(3, "file_prepare(file=%lu, size=%lu)\n", log_handle(file), log_number(size));
     if (!file_is_valid(file)) return -1;
-    if (!seek_to(file, size)) return 0;
-    ++file_generation;
-    if (!file_calls->set_end(file)) {
-        set_error(309, "");
-        return 0;
-    }
-    return seek_to(file, 0);
+    return file_resize(file, size) ? seek_to(file, 0) : 0;
 }
 
 int32_t file_read(FileHandle file, void *buffer, uint32_t num_bytes)

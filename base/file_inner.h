@@ -41,6 +41,10 @@ bool file_open_with_facts(uint64_t *ret_file, const char *path, FileFacts *ret_f
 // the device is full; -1 with error 303.
 int32_t file_write_at(uint64_t file, uint64_t position, const void *buffer, uint32_t num_bytes);
 
+// Cuts a file at so many bytes, or fills it up to them with zeros. Where it stands afterwards is unknown. Errors 301,
+// 309.
+bool file_resize(uint64_t file, uint64_t bytes);
+
 // Makes a file for writing where there is none of that name. False, with error 300 and the system's words.
 bool file_open_new(uint64_t *ret_file, const char *path);
 

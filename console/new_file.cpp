@@ -5,7 +5,6 @@
 #include "base/file_inner.h"
 #include "console/host_file.h"
 #include "platform/platform.h"
-#include "volume/scratch.h"
 
 namespace
 {
@@ -13,7 +12,6 @@ constexpr uint32_t target_exists = 210;
 constexpr uint32_t cannot_open = 300;
 constexpr uint32_t cannot_create = 307;
 constexpr uint32_t most_names = 99;
-constexpr uint32_t piece_bytes = 128 * 1024;
 
 void fail_to_create(const std::string &path)
 {
@@ -66,24 +64,6 @@ bool NewFile::make_elsewhere()
     if (file_get_temp(path) < 0) return false;
     path_ = path;
     return true;
-}
-
-bool NewFile::copy_from(FileHandle source)
-{
-    HostFile file;
-    const Scratch piece(piece_bytes);
-    if (!piece || file_seek(source, 0) != 1) return false;
-    if (file_open(&file.handle, path_.c_str(), "r+b", 0) != 1) {
-        file.handle = 0;
-        return false;
-    }
-    for (;;) {
-        const int32_t count = file_read(source, piece.bytes(), piece_bytes);
-        if (count <= 0) return count == 0;
-        if (file_write(file.handle, piece.bytes(), static_cast<uint32_t>(count)) == count) continue;
-        set_error(303, "file \"%s\"", path_.c_str());
-        return false;
-    }
 }
 
 bool NewFile::take_place(bool replacing)

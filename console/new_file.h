@@ -18,9 +18,6 @@ class NewFile
     bool make();
     bool make_elsewhere(); // among the temporary files, from where it never takes its place
 
-    // Fills it with what a file holds. Errors set: 302, 303.
-    bool copy_from(FileHandle source);
-
     // Where there is nothing of that name, or, replacing, where there is a file; its owner and its rights stay.
     // Errors set: 210, 307. All handles on both files must be closed.
     bool take_place(bool replacing);

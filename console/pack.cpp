@@ -1,5 +1,5 @@
-// Joins the free space of a disk. The engine moves files before it writes tables, so that whatever breaks it off costs
-// files; it is therefore let loose on a copy, which is compared file by file and takes the image's place in one step.
+// Joins the free space of a disk. Moving files before tables are written costs files whenever it breaks off; so a
+// packed copy is made, which is compared file by file and takes the image's place in one step.
 #include "console/pack.h"
 
 #include "base/file_inner.h"
@@ -13,12 +13,11 @@
 #include "console/report.h"
 #include "volume/format.h"
 #include "volume/open.h"
-#include "volume/repair.h"
+#include "volume/repack.h"
 
 namespace
 {
 constexpr uint16_t sorted_reading = OPEN_READ_VOLUME | OPEN_SORT | OPEN_READ_ONLY;
-constexpr uint32_t copied_percent = 20;
 constexpr uint32_t packed_percent = 60;
 constexpr uint32_t not_supported = 109;
 constexpr uint32_t unknown_format = 203;
@@ -73,18 +72,11 @@ bool is_unchanged(const PackRun &run)
 
 // ---- the copy --------------------------------------------------------------------------------------------
 
-void tell(ProgressCallback progress, uint32_t percent)
-{
-    if (progress != nullptr) progress(nullptr, 0, percent);
-}
-
 bool make_packed_copy(const PackRun &run, NewFile *copy, ProgressCallback progress)
 {
     if (!(run.arguments.dry_run ? copy->make_elsewhere() : copy->make())) return false;
-    if (!copy->copy_from(run.medium->file)) return false;
-    tell(progress, copied_percent);
-    if (image_defrag(copy->path().c_str()) < 0) return false;
-    tell(progress, packed_percent);
+    if (repack_to(run.medium.get(), copy->path().c_str()) < 0) return false;
+    if (progress != nullptr) progress(nullptr, 0, packed_percent);
     return true;
 }
 

@@ -5,18 +5,6 @@
 namespace tests
 {
 
-DiskVolume disk_with_holes()
-{
-    DiskVolume volume = three_disk_files();
-    volume.tracks = 4;
-    volume.data_tracks = 2;
-    volume.entries[0].start = 63;
-    volume.entries[1].start = 70;
-    volume.entries[2].start = 90;
-    volume.runs = Runs{{60, 3}, {66, 4}, {75, 15}, {98, 22}};
-    return volume;
-}
-
 Outcome run_on(const std::string &verb, const TemporaryFile &volume, const Names &words)
 {
     Names line = {verb, volume.path()};

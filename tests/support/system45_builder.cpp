@@ -193,6 +193,18 @@ TapeVolume three_tape_files()
                         {.name = "GAMMA", .type = 0xD0, .records = 4, .words = 256, .fill = 'c'}}};
 }
 
+DiskVolume disk_with_holes()
+{
+    DiskVolume volume = three_disk_files();
+    volume.tracks = 4;
+    volume.data_tracks = 2;
+    volume.entries[0].start = 63;
+    volume.entries[1].start = 70;
+    volume.entries[2].start = 90;
+    volume.runs = Runs{{60, 3}, {66, 4}, {75, 15}, {98, 22}};
+    return volume;
+}
+
 DiskVolume disk_of_9825(uint16_t tracks)
 {
     DiskVolume volume = three_disk_files();

@@ -72,6 +72,9 @@ Bytes tape45_image(const TapeVolume &volume);
 DiskVolume three_disk_files();
 TapeVolume three_tape_files();
 
+// ALPHA at 63, BETA at 70, GAMMA (protected, of 512-byte records) at 90, with holes between; 4 tracks of 30 records.
+DiskVolume disk_with_holes();
+
 // The disk of a 9825: magic 0, no end mark in the availability table.
 DiskVolume disk_of_9825(uint16_t tracks = 77);
 

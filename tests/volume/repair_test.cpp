@@ -21,17 +21,11 @@ namespace
 
 using Names = std::vector<std::string>;
 
-// ALPHA at 63, BETA at 70, GAMMA (of 512-byte records) at 90, in another order in the directory, with holes between.
+// In another order in the directory.
 DiskVolume with_holes()
 {
-    DiskVolume volume = three_disk_files();
-    volume.tracks = 4;
-    volume.data_tracks = 2;
-    volume.entries[0].start = 63;
-    volume.entries[1].start = 70;
-    volume.entries[2].start = 90;
+    DiskVolume volume = disk_with_holes();
     std::swap(volume.entries[0], volume.entries[2]);
-    volume.runs = Runs{{60, 3}, {66, 4}, {75, 15}, {98, 22}};
     return volume;
 }
 
