@@ -10,7 +10,7 @@
 #include "console/report.h"
 #include "console/tape_file.h"
 #include "tape/simh_convert.h"
-#include "tape/simh_test.h"
+#include "tape/simh_test_inner.h"
 #include "tape/walk.h"
 #include "volume/tape_access.h"
 
@@ -93,31 +93,30 @@ const ConversionRow *find_row(Content from, std::string_view to)
 
 // ---- both ends -----------------------------------------------------------------------------------------
 
-// The last thing on a tape of the variable layout, and whether there is a record ahead of it.
-TapeItem walk_over(const TapeFile &tape, bool *ret_has_records)
+// Whether a file is a tape from its begin to its end, in both directions, and has a record.
+bool is_tape(const TapeFile &file, bool *ret_has_records)
 {
     TapeWalk walk;
-    begin_walk(&walk, tape.file.handle);
-    for (*ret_has_records = false;;) {
-        const TapeItem item = next_item(&walk);
-        if (item.kind == TapeItemKind::record) *ret_has_records = true;
-        if (item.kind != TapeItemKind::record && item.kind != TapeItemKind::tape_mark) return item;
-    }
+    begin_walk(&walk, file.file.handle);
+    TapeItem item = next_item(&walk);
+    while (item.kind == TapeItemKind::record || item.kind == TapeItemKind::tape_mark) item = next_item(&walk);
+    *ret_has_records = walk.records > 0;
+    return item.kind != TapeItemKind::fault && walks_back(&walk);
 }
 
-// What a file is: the passes of the test that a conversion relies on, which reads forward alone. Tape marks without a
-// record are what a plain image of zeros looks like, unless the name says tape.
+// What a file is: what the test says of it. Tape marks without a record are what a plain image of zeros looks like,
+// unless the name says tape.
 bool find_tape(TapeFile *from, uint32_t block, bool is_named_tape, Content *ret_content)
 {
     const TapeBar bar(from->path, from->facts.bytes);
-    simh_test_image(from->file.handle, &from->tape, block, 0, 0);
-    *ret_content = Content::fixed;
-    if (from->tape.format == SIMH_FIXED && from->tape.num_records > 0) return true;
+    const bool is_plain = test_plain_slots(from->file.handle, &from->tape, block);
+    const bool has_slots = from->tape.format == SIMH_FIXED && from->tape.num_records > 0;
+    *ret_content = has_slots ? Content::fixed : Content::variable;
+    if (!has_slots) from->tape.format = SIMH_VARIABLE;
+    if (has_slots && is_plain) return true;
     bool has_records = false;
-    const TapeItem last = walk_over(*from, &has_records);
-    *ret_content = Content::variable;
-    from->tape.format = SIMH_VARIABLE;
-    return last.kind != TapeItemKind::fault && (has_records || (is_named_tape && from->facts.bytes > 0));
+    if (!is_tape(*from, &has_records)) return false;
+    return has_slots || has_records || (is_named_tape && from->facts.bytes > 0);
 }
 
 // False, with the result reported, for what is called a tape image and is none.

@@ -6,7 +6,7 @@
 #include "console/json.h"
 #include "console/report.h"
 #include "console/tape_file.h"
-#include "tape/simh_test.h"
+#include "tape/simh_test_inner.h"
 #include "tape/walk.h"
 
 namespace
@@ -18,38 +18,8 @@ unsigned long shown(uint64_t number)
     return static_cast<unsigned long>(number);
 }
 
-// What the items of a tape come to; the test itself counts slots.
-struct TapeSums {
-    uint64_t records = 0;
-    uint64_t marks = 0;
-    uint64_t bytes = 0;
-    uint32_t longest = 0;
-};
-
-TapeSums sums_of(const TapeFile &tape)
+void print_variable(const TapeFile &tape, const TapeSums &sums)
 {
-    TapeSums sums;
-    TapeWalk walk;
-    begin_walk(&walk, tape.file.handle);
-    for (;;) {
-        const TapeItem item = next_item(&walk);
-        switch (item.kind) {
-        case TapeItemKind::record:
-            sums.records++;
-            sums.bytes += item.length;
-            if (item.length > sums.longest) sums.longest = item.length;
-            break;
-        case TapeItemKind::tape_mark: sums.marks++; break;
-        case TapeItemKind::end_of_medium:
-        case TapeItemKind::end_of_file:
-        case TapeItemKind::fault: return sums;
-        }
-    }
-}
-
-void print_variable(const TapeFile &tape)
-{
-    const TapeSums sums = sums_of(tape);
     output_format("%s: SIMH magtape image, variable layout\n", tape.path.c_str());
     output_format("Records:        %lu\n", shown(sums.records));
     output_format("Longest record: %lu bytes\n", shown(sums.longest));
@@ -70,14 +40,14 @@ void end_report(bool xml)
     if (xml && !output_at_line_start()) output_text("\n");
 }
 
-bool passes_test(TapeFile *tape, const Arguments &arguments)
+bool passes_test(TapeFile *tape, const Arguments &arguments, TapeSums *ret_sums)
 {
     const bool disturbs = arguments.xml && platform_is_terminal(file_stdout());
     const TapeBar bar(tape->path, tape->facts.bytes, !disturbs);
     global_error = 0;
-    const int32_t format = simh_test_image(tape->file.handle, &tape->tape, static_cast<uint32_t>(arguments.block), 1,
-                                           arguments.xml ? 1 : 0);
-    return format != SIMH_UNKNOWN;
+    const TestOrder order = {
+        .blocksize = static_cast<uint32_t>(arguments.block), .both_ways = true, .xml = arguments.xml};
+    return test_image(tape->file.handle, &tape->tape, order, ret_sums) != SIMH_UNKNOWN;
 }
 
 // ---- ls ------------------------------------------------------------------------------------------------
@@ -180,13 +150,14 @@ int run_tape_test(const Arguments &arguments)
     TapeFile tape = {.path = arguments.medium};
     if (!open_tape_file(&tape)) return exit_failed;
     begin_data();
-    const bool passed = passes_test(&tape, arguments);
+    TapeSums sums;
+    const bool passed = passes_test(&tape, arguments, &sums);
     end_report(arguments.xml);
     if (passed && !arguments.xml) {
         if (tape.tape.format == SIMH_FIXED) {
             print_fixed(tape);
         } else {
-            print_variable(tape);
+            print_variable(tape, sums);
         }
     }
     const int code = finish_data(exit_done);

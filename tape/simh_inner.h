@@ -42,6 +42,47 @@ inline int32_t take_word(TapeView *view, uint32_t *ret_word)
     return count == word_bytes ? 0 : short_tape_read(count);
 }
 
+// Passes a record that the buffer holds whole, the same length at both ends, and whole gap words ahead of it; not on a
+// tape whose gaps have a limit. False, with nothing done, where anything else is met. Most of a tape is passed this
+// way, as move_forward and the look at the last word would do it.
+inline bool pass_held_record(const TapeImage *tape, TapeView *view, uint32_t *ret_length)
+{
+    if (tape->unit_size != 0) return false;
+    uint64_t at = view->position;
+    uint32_t length = gap_word;
+    while (length == gap_word) {
+        const uint8_t *first = held_word(view, at);
+        if (first == nullptr) return false;
+        length = word_at(first);
+        at += word_bytes;
+    }
+    if (length == mark_word || length > largest_record) return false;
+    at += padded(length);
+    const uint8_t *last = held_word(view, at);
+    if (last == nullptr || word_at(last) != length) return false;
+    view->position = at + word_bytes;
+    *ret_length = length;
+    return true;
+}
+
+// The same going back, as move_reverse does it: only the last word of the record is looked at.
+inline bool pass_held_record_back(const TapeImage *tape, TapeView *view)
+{
+    if (tape->unit_size != 0) return false;
+    uint64_t at = view->position;
+    uint32_t length = gap_word;
+    while (length == gap_word) {
+        const uint8_t *last = at < word_bytes ? nullptr : held_word(view, at - word_bytes);
+        if (last == nullptr) return false;
+        length = word_at(last);
+        at -= word_bytes;
+    }
+    const uint64_t distance = padded(length) + word_bytes;
+    if (length == mark_word || length > largest_record || at < distance) return false;
+    view->position = at - distance;
+    return true;
+}
+
 // ---- moves, in moves.cpp -------------------------------------------------------------------------------
 
 int32_t move_forward(TapeImage *tape, TapeView *view, bool keep_address);

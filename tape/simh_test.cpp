@@ -47,8 +47,9 @@ Pass take_mark(TapeCheck *check, uint64_t start, uint64_t position)
 {
     print_gap(check, start, position - word_bytes);
     if (check->xml)
-        output_format("<tape-mark file=%d pos=%lu />\n", static_cast<int>(check->files), shown(position - word_bytes));
-    check->files++;
+        output_format("<tape-mark file=%d pos=%lu />\n", static_cast<int>(check->sums.marks + 1),
+                      shown(position - word_bytes));
+    check->sums.marks++;
     return Pass::goes_on;
 }
 
@@ -81,20 +82,31 @@ Pass take_last_word(TapeCheck *check, uint64_t position, uint32_t length)
     return Pass::fails;
 }
 
+void count_record(TapeSums *sums, uint32_t length)
+{
+    sums->records++;
+    sums->longest = std::max(sums->longest, length);
+    sums->bytes += length;
+}
+
 Pass take_record(TapeCheck *check, uint64_t start, uint64_t position, uint32_t length)
 {
     print_gap(check, start, position);
     if (check->xml) {
-        output_format("<data-record num=%lu pos=%lu length=%ld />\n", shown(check->records), shown(position),
+        output_format("<data-record num=%lu pos=%lu length=%ld />\n", shown(check->sums.records), shown(position),
                       static_cast<long>(length));
     }
-    check->records++;
-    check->largest = std::max(check->largest, length);
+    count_record(&check->sums, length);
     return take_last_word(check, position, length);
 }
 
 Pass step_forward(TapeCheck *check)
 {
+    uint32_t length = 0;
+    if (!check->xml && pass_held_record(check->tape, check->view, &length)) {
+        count_record(&check->sums, length);
+        return Pass::goes_on;
+    }
     const uint64_t start = check->view->position;
     const int32_t result = move_forward(check->tape, check->view, true);
     const uint64_t position = check->view->position;
@@ -131,6 +143,10 @@ Pass fail_count(const TapeCheck *check)
 Pass step_reverse(TapeCheck *check, uint32_t *records_left)
 {
     if (*records_left == 0) return Pass::ends;
+    if (pass_held_record_back(check->tape, check->view)) {
+        --*records_left;
+        return Pass::goes_on;
+    }
     const int32_t result = move_reverse(check->tape, check->view);
     if (result == SIMH_ERROR) return fail_reverse(check);
     if (result == SIMH_BEGIN_OF_TAPE) return fail_count(check);
@@ -150,8 +166,8 @@ bool check_forward(TapeCheck *check)
     while (pass == Pass::goes_on) {
         pass = show_percent(&percent, check->view->position / 2) ? step_forward(check) : Pass::fails;
     }
-    check->tape->num_records = check->records;
-    check->tape->max_record = check->largest;
+    check->tape->num_records = check->sums.records;
+    check->tape->max_record = check->sums.longest;
     return pass == Pass::ends;
 }
 
@@ -159,7 +175,7 @@ bool check_reverse(TapeCheck *check)
 {
     log_file(2, "Performing reverse check\n");
     Percent percent = {static_cast<uint32_t>(check->size)};
-    uint32_t records_left = check->records;
+    uint32_t records_left = check->sums.records;
     Pass pass = Pass::goes_on;
     while (pass == Pass::goes_on) {
         const uint64_t passed = check->size - std::min(check->view->position, check->size);
@@ -172,7 +188,7 @@ bool check_reverse(TapeCheck *check)
 namespace
 {
 
-bool check_image(TapeCheck *check, uint32_t blocksize, bool both_ways)
+bool check_image(TapeCheck *check, const TestOrder &order)
 {
     view_begin_whole(check->view, check->tape->fd);
     check->size = check->view->end;
@@ -180,11 +196,37 @@ bool check_image(TapeCheck *check, uint32_t blocksize, bool both_ways)
         log_file(2, "Empty (zero length) image file.\n");
         return false;
     }
-    if (both_ways && !(check_forward(check) && check_reverse(check))) return false;
-    return check_slots(check, blocksize);
+    if (order.both_ways && !(check_forward(check) && check_reverse(check))) return false;
+    return check_slots(check, order.blocksize);
+}
+
+void run_test(TapeCheck *check, FileHandle fd, const TestOrder &order)
+{
+    TapeImage *tape = check->tape;
+    reset_tape(tape);
+    tape->fd = fd;
+    if (!check_image(check, order)) tape->format = SIMH_UNKNOWN;
+    rewind_tape(tape, check->view);
+    view_settle(check->view);
 }
 
 } // namespace
+
+int32_t test_image(FileHandle fd, TapeImage *tape, const TestOrder &order, TapeSums *ret_sums)
+{
+    TapeCheck check = {.tape = tape, .view = &tape_view, .xml = order.xml};
+    run_test(&check, fd, order);
+    output_flush();
+    *ret_sums = check.sums;
+    return static_cast<int32_t>(tape->format);
+}
+
+bool test_plain_slots(FileHandle fd, TapeImage *tape, uint32_t blocksize)
+{
+    TapeCheck check = {.tape = tape, .view = &tape_view, .slots_are_plain = true};
+    run_test(&check, fd, {.blocksize = blocksize, .both_ways = false, .xml = false});
+    return is_fixed(tape) && check.slots_are_plain;
+}
 
 int32_t simh_test_image(FileHandle fd, TapeImage *tape, uint32_t blocksize, int32_t do_level_1_check, int32_t xml)
 {
@@ -194,12 +236,6 @@ int32_t simh_test_image(FileHandle fd, TapeImage *tape, uint32_t blocksize, int3
         set_error(103, "NULL pointer");
         return SIMH_UNKNOWN;
     }
-    reset_tape(tape);
-    tape->fd = fd;
-    TapeCheck check = {.tape = tape, .view = &tape_view, .xml = xml != 0};
-    if (!check_image(&check, blocksize, do_level_1_check != 0)) tape->format = SIMH_UNKNOWN;
-    rewind_tape(tape, check.view);
-    view_settle(check.view);
-    output_flush();
-    return static_cast<int32_t>(tape->format);
+    TapeSums sums;
+    return test_image(fd, tape, {.blocksize = blocksize, .both_ways = do_level_1_check != 0, .xml = xml != 0}, &sums);
 }

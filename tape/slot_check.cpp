@@ -50,6 +50,26 @@ Slot test_slot(TapeView *view, uint64_t start, uint32_t size)
     return (word & slot_length_junk) == 0 && word <= size ? Slot::good : Slot::bad;
 }
 
+bool ends_with_gap(TapeView *view, uint64_t end)
+{
+    const uint64_t left = end - view->position;
+    return view->position <= end && left % word_bytes == 0 && only_gap(view, left / word_bytes);
+}
+
+// Of a slot that is good: whether a walk in either direction passes what is in it, and ends where the slot does.
+bool is_plain(TapeView *view, uint64_t start, uint32_t size)
+{
+    const uint64_t end = start + size + slot_overhead;
+    uint32_t first = 0;
+    uint32_t length = 0;
+    view->position = start;
+    if (take_word(view, &first) != 0 || take_word(view, &length) != 0) return false;
+    if (length == gap_word) return ends_with_gap(view, end);
+    uint32_t last = 0;
+    view->position += padded(length);
+    return length != 0 && take_word(view, &last) == 0 && last == length && ends_with_gap(view, end);
+}
+
 // Sizes whose slots would be larger than any file, or wrap to nothing, make no slots.
 bool makes_slots(uint32_t size)
 {
@@ -71,7 +91,9 @@ bool check_slots(TapeCheck *check, uint32_t blocksize)
     while (slot == Slot::good) {
         if (!show_percent(&percent, slots * slot_size)) return false;
         slot = test_slot(view, slots * slot_size, blocksize);
-        if (slot == Slot::good) slots++;
+        if (slot != Slot::good) continue;
+        if (check->slots_are_plain) check->slots_are_plain = is_plain(view, slots * slot_size, blocksize);
+        slots++;
     }
     if (slot == Slot::behind_the_last) {
         tape->format = SIMH_FIXED;
@@ -79,6 +101,6 @@ bool check_slots(TapeCheck *check, uint32_t blocksize)
     }
     // Kept: a variable image has the slots that passed in place of its records.  [KeepsSlotCountOfVariableImage]
     tape->num_records = slots;
-    tape->max_record = makes_slots(blocksize) ? std::max(check->largest, blocksize) : check->largest;
+    tape->max_record = makes_slots(blocksize) ? std::max(check->sums.longest, blocksize) : check->sums.longest;
     return true;
 }

@@ -31,6 +31,7 @@ void forget(TapeView *view, FileHandle file)
     view->whole_file = false;
     view->backward = false;
     view->failed = false;
+    view->half_gaps = false;
 }
 
 bool go_to(TapeView *view, uint64_t at)

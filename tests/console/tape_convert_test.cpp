@@ -158,6 +158,35 @@ TEST(TapeConvert, TapeWithFaultsEndsWith3)
     }
 }
 
+TEST(TapeConvert, FaultThatOnlyShowsGoingBackEndsWith3)
+{
+    const Bytes odd_gap = {0xFF, 0xFF, 0xFE, 0xFF, 3, 0};
+    const TemporaryFile from(joined({tape_record("AB"), odd_gap, tape_record("CD")}), ".tap");
+    const TemporaryFile to(".out");
+    const Outcome outcome = convert(from.path(), to.path(), {"--to", "hpi"});
+    EXPECT_EQ(outcome.code, 3);
+    EXPECT_EQ(outcome.errors, error_line(std::string(from.path()) + ": no SIMH magtape image: "
+                                                                    "its records can't be found going back"));
+    EXPECT_FALSE(to.exists());
+}
+
+// The slots are in order, but what is in one has two lengths.
+TEST(TapeConvert, SlotWithAFaultEndsWith3)
+{
+    Bytes image = joined({record_slot("ABCD", 8), record_slot("EFGH", 8), end_slot(8)});
+    const size_t last_word = 24 + 4 + 4 + 4; // of the second record
+    ASSERT_EQ(image[last_word], 4);
+    image[last_word] = 3;
+    const TemporaryFile from(image, ".tap");
+    const TemporaryFile to(".out");
+    const Outcome outcome = convert(from.path(), to.path(), {"--to", "hpi", "--block", "8"});
+    EXPECT_EQ(outcome.code, 3);
+    EXPECT_EQ(outcome.errors, error_line(std::string(from.path()) + ": no SIMH magtape image: "
+                                                                    "record with two lengths at position 28"));
+    EXPECT_EQ(run({"tape", "test", from.path(), "--block", "8"}).code, 3);
+    EXPECT_FALSE(to.exists());
+}
+
 TEST(TapeConvert, NothingIsReplacedWithoutForce)
 {
     const TemporaryFile from(bytes_of("ABCD"), ".hpi");

@@ -9,6 +9,7 @@
 #include "tape/simh_test_inner.h"
 #include "tests/support/capture.h"
 #include "tests/support/faults.h"
+#include "tests/support/random_choice.h"
 #include "tests/tape/tape_image.h"
 
 using namespace tests;
@@ -51,6 +52,38 @@ std::string facts_of(const Bytes &image, uint32_t blocksize = 0, int32_t both_wa
     EXPECT_EQ(tested.unit_size | tested.state | tested.record_number | tested.file_number, 0u);
     return std::to_string(format) + " " + std::to_string(tested.num_records) + " " + std::to_string(tested.max_record) +
            " " + std::to_string(tested.blocksize);
+}
+
+// The first two passes over an image. A limit for gaps, if only one that is never reached, has each word looked at.
+std::string passes_over(const Bytes &image, bool by_words)
+{
+    Tape tape(image);
+    tape->unit_size = by_words ? 1 : 0;
+    tape->runaway_limit = UINT32_MAX;
+    LogCapture log(2);
+    TapeView *view = &tape_view;
+    view_begin_whole(view, tape->fd);
+    TapeCheck check = {.tape = &tape.image, .view = view, .size = view->end};
+    const bool forward = check_forward(&check);
+    const std::string middle = std::to_string(view->position);
+    const bool reverse = forward && check_reverse(&check);
+    const TapeSums &sums = check.sums;
+    return std::to_string(forward) + " " + middle + " " + std::to_string(reverse) + " " +
+           std::to_string(view->position) + ": " + std::to_string(sums.records) + " " + std::to_string(sums.marks) +
+           " " + std::to_string(sums.longest) + " " + std::to_string(sums.bytes) + " " +
+           std::to_string(tape->num_records) + " " + std::to_string(tape->max_record);
+}
+
+Bytes random_piece(RandomChoice *choice)
+{
+    switch (choice->below(8)) {
+    case 0: return tape_mark();
+    case 1: return gap_words(choice->from_to(1, 4));
+    case 2: return joined({half_gap(), gap_words(1)});
+    case 3: return record_slot(std::string(choice->below(9), 'r'), 8);
+    case 4: return little_word(choice->one_in(2) ? 0xFFFF0000 + choice->below(0x10000) : choice->below(40));
+    default: return tape_record(std::string(choice->from_to(1, 40), static_cast<char>(choice->below(256))));
+    }
 }
 
 // ---- the report ----------------------------------------------------------------------------------------
@@ -181,7 +214,7 @@ TEST(TapeReport, Hazard_L6_BeginOfTheTapeEndsTheReversePass)
     OutputCapture output;
     TapeView *view = &tape_view;
     view_begin_whole(view, tape->fd);
-    TapeCheck check = {.tape = &tape.image, .view = view, .size = view->end, .xml = true, .records = 2};
+    TapeCheck check = {.tape = &tape.image, .view = view, .size = view->end, .xml = true, .sums = {.records = 2}};
     view->position = view->end;
     EXPECT_FALSE(check_reverse(&check));
     EXPECT_EQ(output.text(), "<!-- error in SIMH magtape image (reverse scan record count mismatch) -->");
@@ -216,6 +249,41 @@ TEST(TapeReport, PercentagesGoThroughBothPasses)
     std::string text = output.text();
     std::erase(text, '\b');
     EXPECT_EQ(text, "7%0%5%10%15%20%25%30%35%40%45%50%55%60%65%70%75%80%85%90%95%100%");
+}
+
+TEST(TapePasses, RecordsPassedAtOnceAreThoseOfTheWords)
+{
+    RandomChoice choice(20);
+    uint32_t good = 0;
+    const uint32_t tapes = random_steps();
+    for (uint32_t i = 0; i < tapes; i++) {
+        Bytes image;
+        const uint32_t pieces = choice.from_to(1, 12);
+        for (uint32_t piece = 0; piece < pieces; piece++) image = joined({image, random_piece(&choice)});
+        if (choice.one_in(3)) image[choice.below(static_cast<uint32_t>(image.size()))] = 0xFF;
+        if (choice.one_in(3)) image.resize(choice.from_to(1, static_cast<uint32_t>(image.size())));
+        const std::string passes = passes_over(image, false);
+        ASSERT_EQ(passes, passes_over(image, true)) << testing::PrintToString(image);
+        good += passes.starts_with("1") ? 1u : 0u;
+    }
+    EXPECT_GT(good, tapes / 10);
+    EXPECT_LT(good, tapes);
+}
+
+TEST(TapePasses, SumsAreThoseOfTheForwardPass)
+{
+    Tape tape(joined({tape_record("ABC"), tape_mark(), gap_words(2), tape_record(some_data(300)), tape_mark(),
+                      tape_mark(), tape_record("DE"), end_of_medium(), tape_record("not reached")}));
+    for (const bool xml : {false, true}) {
+        LogCapture log(2);
+        OutputCapture output;
+        TapeSums sums;
+        EXPECT_EQ(test_image(tape->fd, &tape.image, {.blocksize = 0, .both_ways = true, .xml = xml}, &sums), 1);
+        EXPECT_EQ(sums.records, 3u);
+        EXPECT_EQ(sums.marks, 3u);
+        EXPECT_EQ(sums.longest, 300u);
+        EXPECT_EQ(sums.bytes, 305u);
+    }
 }
 
 // ---- what it decides -----------------------------------------------------------------------------------
@@ -450,4 +518,71 @@ TEST(TapeTest, LargeRecordsAndManyOfThemPassTheWindows)
     EXPECT_EQ(facts_of(image), "1 " + std::to_string(count) + " 16777215 0");
 }
 
+}
+
+// What the first two passes would find in slots that are plain is nothing.
+TEST(TapeTest, PlainSlotsPassTheOtherPassesToo)
+{
+    struct Row {
+        const char *name;
+        Bytes second_slot;
+        bool plain;
+    };
+    const Row rows[] = {
+        {"record of the whole size", record_slot("ABCDEFGH", 8), true},
+        {"record with whole gap words behind it", record_slot("ABCD", 8), true},
+        {"odd record", record_slot("ABC", 8), true},
+        {"record with a half gap behind it", record_slot("AB", 8), false},
+        {"mark", mark_slot(8), true},
+        {"nothing", empty_slot(8), true},
+        {"mark with a record in its slot", joined({tape_mark(), tape_record("ABCDEFGH"), gap_words(1)}), true},
+        {"length zero", joined({gap_words(1), little_word(0), Bytes(16)}), false},
+        {"two lengths", joined({gap_words(1), little_word(4), bytes_of("ABCD"), little_word(3), gap_words(2)}), false},
+        {"no gap behind it", joined({gap_words(1), tape_record("ABCD"), Bytes(8)}), false},
+        {"a slot that ends with the file", joined({gap_words(1), little_word(4), bytes_of("AB")}), false},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        Tape tape(joined({record_slot("ABCDEFGH", 8), row.second_slot}));
+        TapeImage tested{};
+        LogCapture log(2);
+        EXPECT_EQ(test_plain_slots(tape->fd, &tested, 8), row.plain);
+        EXPECT_EQ(tape.position(), 0u);
+        TapeSums sums;
+        const int32_t format = test_image(tape->fd, &tested, {.blocksize = 8, .both_ways = true, .xml = false}, &sums);
+        EXPECT_TRUE(!row.plain || format == SIMH_FIXED);
+    }
+    Tape variable(tape_record("ABCDEFGH"));
+    TapeImage tested{};
+    EXPECT_FALSE(test_plain_slots(variable->fd, &tested, 8));
+}
+
+TEST(TapeTest, RandomPlainSlotsPassTheOtherPassesToo)
+{
+    RandomChoice choice(8);
+    uint32_t plain = 0;
+    const uint32_t tapes = random_steps();
+    for (uint32_t i = 0; i < tapes; i++) {
+        Bytes image;
+        const uint32_t slots = choice.from_to(1, 5);
+        for (uint32_t slot = 0; slot < slots; slot++) {
+            const uint32_t kind = choice.below(10);
+            const std::string text(choice.from_to(1, 8), static_cast<char>(choice.below(256)));
+            image = joined({image, kind == 0 ? mark_slot(8) : kind == 1 ? empty_slot(8) : record_slot(text, 8)});
+        }
+        if (choice.one_in(4)) {
+            uint8_t &byte = image[choice.below(static_cast<uint32_t>(image.size()))];
+            byte = static_cast<uint8_t>(byte ^ (1u << choice.below(8)));
+        }
+        Tape tape(image);
+        TapeImage tested{};
+        LogCapture log(2);
+        if (!test_plain_slots(tape->fd, &tested, 8)) continue;
+        plain++;
+        TapeSums sums;
+        ASSERT_EQ(test_image(tape->fd, &tested, {.blocksize = 8, .both_ways = true, .xml = false}, &sums), SIMH_FIXED)
+            << testing::PrintToString(image);
+    }
+    EXPECT_GT(plain, tapes / 10);
+    EXPECT_LT(plain, tapes);
 }
