@@ -78,9 +78,27 @@ std::vector<ChangeCase> cases_on(const VolumeCase &volume)
     return cases;
 }
 
+Bytes lif_with_purged_beta()
+{
+    Bytes image = tests::lif_of_three();
+    const std::string name = "BETA      ";
+    const auto entry = std::search(image.begin(), image.end(), name.begin(), name.end());
+    EXPECT_NE(entry, image.end());
+    std::fill_n(entry + 10, 2, uint8_t{0}); // its type
+    return image;
+}
+
+ChangeCase undelete_case()
+{
+    ChangeCase undelete = {"Undelete", run_undelete, {}, {"Lif", Layout::lif, lif_with_purged_beta}};
+    undelete.arguments.word = "BETA";
+    undelete.arguments.type = "ASCII";
+    return undelete;
+}
+
 std::vector<ChangeCase> all_cases()
 {
-    std::vector<ChangeCase> all;
+    std::vector<ChangeCase> all = {undelete_case()};
     for (const VolumeCase &volume : tests::three_volumes) {
         for (const ChangeCase &change : cases_on(volume)) all.push_back(change);
     }

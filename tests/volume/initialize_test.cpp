@@ -345,7 +345,7 @@ TEST(InitializeLif, FillOfTheFileArea)
     EXPECT_EQ(medium.record(99), Bytes(record_bytes, 0xFF));
 }
 
-TEST(InitializeLif, GeometryWithoutHeads)
+TEST(InitializeLif, Hazard_B3_GeometryWithoutHeads)
 {
     MemoryMedium medium(100);
     make_lif(medium.md, 100);

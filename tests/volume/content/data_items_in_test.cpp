@@ -174,7 +174,7 @@ TEST(DataItemsIn, ALineBeyondABlockIsCutIntoPieces)
               joined({{0, 28, 1, 249}, text(252), {0, 12, 0, 253}, text(252), {0, 44, 0, 1}, {'x', 13}, {0, 62}}));
 }
 
-TEST(DataItemsIn, TheLongestLineHas261Pieces)
+TEST(DataItemsIn, Hazard_I8_TheLongestLineHas261Pieces)
 {
     Bytes expected = joined({{0, 28, 0xFF, 0xFE}, text(252)});
     uint32_t rest = 65534 - 252;
