@@ -133,20 +133,6 @@ void fill_record(const MediaDescriptor *md, RunWriter *writer, uint8_t *bytes)
     }
 }
 
-// The place of each table and of the system record, none of which a file may get.
-bool is_system_space(const MediaDescriptor *md, Region region)
-{
-    const Region taken[] = {
-        {0, 1},
-        {md->dir_start, md->dir_size},
-        {md->alloc_start, md->alloc_size},
-        {md->spare_dir_start, md->dir_size},
-        {md->spare_alloc_start, md->alloc_size},
-    };
-    auto meets = [region](const Region &table) { return table.length != 0 && overlap(table, region); };
-    return std::any_of(std::begin(taken), std::end(taken), meets);
-}
-
 bool may_hand_out(MediaDescriptor *md, const FilesAsked &files, Region region)
 {
     uint64_t end = md->records != 0 ? md->records : end_record(md);
@@ -259,6 +245,19 @@ uint16_t allocate_behind_spares(MediaDescriptor *md, uint32_t size, const FilesA
     }
     return 0;
 }
+}
+
+bool is_system_space(const MediaDescriptor *md, Region region)
+{
+    const Region taken[] = {
+        {0, 1},
+        {md->dir_start, md->dir_size},
+        {md->alloc_start, md->alloc_size},
+        {md->spare_dir_start, md->dir_size},
+        {md->spare_alloc_start, md->alloc_size},
+    };
+    auto meets = [region](const Region &table) { return table.length != 0 && overlap(table, region); };
+    return std::any_of(std::begin(taken), std::end(taken), meets);
 }
 
 // Best fit: the smallest run that is large enough, of equal ones the first. A run that holds something else is no run.

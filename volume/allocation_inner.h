@@ -8,6 +8,9 @@
 
 uint64_t end_of_file(const FileInfo *info); // the first record behind a file
 
+// Whether the system record or a table stands in these records, none of which a file may get.
+bool is_system_space(const MediaDescriptor *md, Region region);
+
 // Who knows where files are: whether one of them stands in these records.
 struct FilesAsked {
     bool (*meet)(void *context, Region region);

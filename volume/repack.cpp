@@ -21,6 +21,7 @@
 #include "volume/scratch.h"
 #include "volume/state.h"
 #include "volume/table.h"
+#include "volume/waiting_files.h"
 
 namespace
 {
@@ -46,10 +47,11 @@ void reset_free_list(MediaDescriptor *md)
 // The files on their way down, one after the other.
 struct Repacking {
     MediaDescriptor *md;
-    MediaDescriptor *from;   // where the files are; md itself when they move in their own place
-    uint8_t *bytes;          // as many as in_memory
-    const FileInfo *waiting; // the first one that may be in the way of those that move
-    uint64_t filled = 0;     // in another image: the bytes ahead of it are there
+    MediaDescriptor *from; // where the files are; md itself when they move in their own place
+    uint8_t *bytes;        // as many as in_memory
+    WaitingFiles *waiting; // those that are still in the way of the ones that move
+    uint64_t filled = 0;   // in another image: the bytes ahead of it are there
+    uint64_t claimed = 0;  // records that the present file takes by its size
     char temporary[FILE_PATH_SIZE] = {};
 };
 
@@ -173,17 +175,11 @@ int32_t carry_over(Repacking *packing, uint32_t old_location, uint32_t location,
 
 // ---- the files -------------------------------------------------------------------------------------------
 
-// The list is sorted and new places only go up, so a file that lies ahead of one is in nobody's way again.
-bool meets_waiting_file(void *context, Region region)
+// A file with a part of a record claims that record too, and may not claim one of a table.
+bool is_in_the_way(void *context, Region region)
 {
-    auto *packing = static_cast<Repacking *>(context);
-    const FileInfo *&waiting = packing->waiting;
-    for (; waiting != nullptr; waiting = waiting->next) {
-        if (waiting->deleted != 0 || waiting->size == 0) continue;
-        const Region file = file_region(waiting);
-        if (file.start + file.length > region.start) return file.start < region.start + region.length;
-    }
-    return false;
+    const auto *packing = static_cast<const Repacking *>(context);
+    return packing->waiting->meet(region) || is_system_space(packing->md, {region.start, packing->claimed});
 }
 
 // Where a file of so many records goes; 0 for nowhere. One of none takes no room, and finds a place in a full area too.
@@ -192,10 +188,13 @@ uint32_t find_place(Repacking *packing, const FileInfo *info, uint32_t count)
     MediaDescriptor *md = packing->md;
     if (count != 0) {
         log_file(3, "image_allocate(md=%lu, size=%u)\n", log_pointer(md), static_cast<unsigned>(count));
-        return allocate_run(md, count, {meets_waiting_file, packing});
+        return allocate_run(md, count, {is_in_the_way, packing});
     }
-    const AllocEntry *run = md->alloc_list;
-    return run != nullptr && run->location <= largest_location ? run->location : info->location;
+    for (const AllocEntry *run = md->alloc_list; run != nullptr; run = run->next) {
+        if (run->location <= largest_location && !is_system_space(md, {run->location, packing->claimed}))
+            return run->location;
+    }
+    return info->location;
 }
 
 int32_t put_down(Repacking *packing, const FileInfo *info, uint32_t old_location, uint32_t count)
@@ -212,6 +211,8 @@ int32_t relocate(Repacking *packing, FileInfo *info)
     if (moves_in_place(*packing) && take_out(*packing, info, records) < 0) return -1;
     // Kept: a last part of a record isn't counted, and isn't moved.  [KeepsPartRecordBehindWhenRepacking]
     const uint32_t count = info->size / RECORD_SIZE;
+    packing->claimed = records;
+    if (info->size != 0) packing->waiting->leave();
     info->deleted = out_of_its_place;
     const uint32_t old_location = info->location;
     const uint32_t location = find_place(packing, info, count);
@@ -247,10 +248,17 @@ int32_t relocate_in_place(Repacking *packing)
     return result;
 }
 
+bool find_size(const MediaDescriptor *md, uint64_t *ret_bytes)
+{
+    if (file_size_in_bytes(md->file, ret_bytes)) return true;
+    set_error(302, "file \"%s\"", md->msus);
+    return false;
+}
+
 int32_t relocate_into_other(Repacking *packing)
 {
     uint64_t end = 0;
-    if (!file_size_in_bytes(packing->from->file, &end)) return -1;
+    if (!find_size(packing->from, &end)) return -1;
     unkept_file = packing->md->file; // what is read ahead of the other one stays good
     const bool done = relocate_files(packing) == 0 && fill_up_to(packing, end);
     unkept_file = 0;
@@ -285,11 +293,20 @@ int32_t repack_from(MediaDescriptor *md, MediaDescriptor *from, uint64_t filled)
 {
     if (!can_be_repacked(md)) return -1;
     const Scratch bytes(in_memory);
-    if (!bytes) return -1;
+    WaitingFiles waiting(md->root);
+    if (!bytes || !waiting.known()) return -1;
     reset_free_list(md);
-    Repacking packing = {.md = md, .from = from, .bytes = bytes.bytes(), .waiting = md->root, .filled = filled};
+    Repacking packing = {.md = md, .from = from, .bytes = bytes.bytes(), .waiting = &waiting, .filled = filled};
     const int32_t result = moves_in_place(packing) ? relocate_in_place(&packing) : relocate_into_other(&packing);
     return result < 0 ? -1 : update_tables(md);
+}
+
+// What opening a volume reads: its head and its tables, wherever they are.
+uint64_t bytes_of_head(const MediaDescriptor *md)
+{
+    const uint64_t directory_end = uint64_t{md->dir_start} + md->dir_size;
+    const uint64_t table_end = uint64_t{md->alloc_start} + md->alloc_size;
+    return std::max({uint64_t{1}, uint64_t{md->file_area_start}, directory_end, table_end}) * RECORD_SIZE;
 }
 
 // A file as long as the image that begins with the tables of that one.
@@ -299,7 +316,7 @@ bool begin_image(MediaDescriptor *from, const char *target, uint64_t head)
     MediaDescriptor *md = image_open(target, nullptr, 0);
     if (md == nullptr) return false;
     const Scratch piece(in_memory);
-    bool done = piece && file_size_in_bytes(from->file, &bytes);
+    bool done = piece && find_size(from, &bytes);
     if (done && !file_resize(md->file, bytes)) {
         set_error(309, "file \"%s\"", target);
         done = false;
@@ -320,7 +337,7 @@ int32_t repack(MediaDescriptor *md)
 
 int32_t repack_to(MediaDescriptor *from, const char *target)
 {
-    const uint64_t head = uint64_t{from->file_area_start} * RECORD_SIZE;
+    const uint64_t head = bytes_of_head(from);
     if (!begin_image(from, target, head)) return -1;
     MediaDescriptor *md = image_open(target, nullptr, OPEN_READ_VOLUME | OPEN_CHECK | OPEN_SORT);
     if (md == nullptr) return -1;

@@ -9,6 +9,6 @@
 // set: 203, 211, 215, 300, 302, 306, those of extraction and of writing.
 int32_t repack(MediaDescriptor *md);
 
-// Makes of an empty file what repacking would make of the image file `from`, byte for byte. Each byte is read once and
-// written once, and nothing is written to `from`. 0, or -1 with the error set as above, or 105, 301, 309.
+// Makes of an empty file what repacking would make of the image file `from`, byte for byte, and nearly every byte is
+// read once and written once. Nothing is written to `from`. 0, or -1 with the error set as above, or 105, 301, 309.
 int32_t repack_to(MediaDescriptor *from, const char *target);

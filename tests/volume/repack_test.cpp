@@ -24,11 +24,11 @@ constexpr uint16_t sorted_reading = OPEN_READ_VOLUME | OPEN_SORT | OPEN_READ_ONL
 
 // Each byte of the image is another one than its neighbours, so that whatever is moved can be told from what isn't;
 // the tables stay.
-Bytes patterned(const DiskVolume &volume)
+Bytes patterned(const DiskVolume &volume, uint32_t from = 60)
 {
     Bytes bytes = disk45_image(volume);
-    const size_t area = size_t{volume.system_tracks} * volume.records_per_track * record_bytes;
-    for (size_t i = area; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i / 256 * 7 + i / 65536 * 3 + i % 251);
+    for (size_t i = from * record_bytes; i < bytes.size(); ++i)
+        bytes[i] = static_cast<uint8_t>(i / 256 * 7 + i / 65536 * 3 + i % 251);
     return bytes;
 }
 
@@ -47,9 +47,15 @@ DiskVolume random_disk(RandomChoice *choice)
 {
     DiskVolume volume;
     volume.runs = Runs{};
+    volume.spare_distance = static_cast<uint16_t>(choice->one_in(2) ? 1 : choice->from_to(2, 15));
+    const uint32_t spares = volume.spare_distance * 30u + 1;
     uint32_t next = 60;
     while (next < 560) {
         const uint32_t hole = choice->one_in(2) ? choice->from_to(1, 30) : 0;
+        if (next + hole + 32 > spares && next < spares + 28) {
+            next = spares + 28;
+            continue;
+        }
         if (hole > 0) volume.runs->push_back({next, hole});
         DiskEntry entry = {.name = "F" + std::to_string(volume.entries.size()), .start = next + hole};
         entry.records = static_cast<uint16_t>(choice->below(20));
@@ -68,6 +74,22 @@ Bytes packed_in_place(const Bytes &before)
     const TemporaryFile image(before, ".hpi");
     EXPECT_EQ(image_defrag(image.path()), 0) << error_text();
     return image.bytes();
+}
+
+void expect_same_files(const Bytes &before, const Bytes &after)
+{
+    const StoredVolume packed = stored_disk(after);
+    for (const StoredFile &file : stored_disk(before).files) {
+        const StoredFile *moved = file_named(packed, file.name);
+        ASSERT_NE(moved, nullptr) << file.name;
+        Bytes old_content = content_of(before, file);
+        Bytes content = content_of(after, *moved);
+        // A part of a record stays behind.
+        const size_t whole = size_t{file.count} * file.words * 2 / record_bytes * record_bytes;
+        old_content.resize(whole);
+        content.resize(whole);
+        EXPECT_TRUE(content == old_content) << file.name;
+    }
 }
 
 // What repack_to makes; empty when it fails.
@@ -128,7 +150,51 @@ TEST(RepackTo, RandomDisks)
         const Bytes packed = packed_elsewhere(before);
         ASSERT_FALSE(packed.empty()) << i << ": " << error_text();
         ASSERT_TRUE(packed == packed_in_place(before)) << i;
+        expect_same_files(before, packed);
     }
+}
+
+// The first file goes behind the spare tables, where the last one isn't in its way; the second one must not go where
+// the last one still is.
+TEST(RepackTo, FileStaysWholeUntilItHasLeftItsPlace)
+{
+    DiskVolume volume;
+    volume.spare_distance = 2;
+    volume.directory_start = 6;
+    volume.availability_start = 8;
+    volume.availability_end = 12;
+    volume.entries = {{.name = "FONE", .start = 45, .records = 10},
+                      {.name = "GTWO", .start = 55, .records = 2},
+                      {.name = "WWWW", .start = 60, .records = 2}};
+    volume.runs = Runs{{62, 4}, {72, 528}};
+    const Bytes before = patterned(volume, 40);
+    const LogCapture log(0);
+    const Bytes packed = packed_elsewhere(before);
+    ASSERT_FALSE(packed.empty()) << error_text();
+    EXPECT_EQ(file_named(stored_disk(packed), "FONE")->start, 72u);
+    EXPECT_EQ(file_named(stored_disk(packed), "WWWW")->start, 60u);
+    EXPECT_TRUE(packed == packed_in_place(before));
+    expect_same_files(before, packed);
+}
+
+// Tables behind the begin of the file area, as no drive has them.
+TEST(RepackTo, TablesAmongTheFiles)
+{
+    DiskVolume volume;
+    volume.system_tracks = 1;
+    volume.spare_distance = 0;
+    volume.data_tracks = 19;
+    volume.directory_start = 29;
+    volume.availability_start = 31;
+    volume.availability_end = 32;
+    for (uint16_t i = 0; i < 20; ++i)
+        volume.entries.push_back({.name = "F" + std::to_string(i), .start = 40u + 3u * i, .records = 2});
+    volume.runs = Runs{{100, 500}};
+    const Bytes before = patterned(volume, 40);
+    const LogCapture log(0);
+    const Bytes packed = packed_elsewhere(before);
+    ASSERT_FALSE(packed.empty()) << error_text();
+    EXPECT_TRUE(packed == packed_in_place(before));
 }
 
 // Once: the image, and its tables again.
@@ -183,7 +249,7 @@ TEST(RepackTo, Hazard_K1_EachFailureIsToldAndTheImageStays)
     const TemporaryFile from(before, ".hpi");
     const LogCapture log(0);
     for (const FileFault fault : {FileFault::open, FileFault::seek, FileFault::read, FileFault::write,
-                                  FileFault::short_write, FileFault::set_end}) {
+                                  FileFault::short_write, FileFault::set_end, FileFault::size}) {
         bool reached = true;
         uint32_t failed = 0;
         for (uint32_t n = 1; reached; ++n) {
