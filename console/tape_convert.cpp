@@ -11,7 +11,6 @@
 #include "console/tape_file.h"
 #include "tape/simh_convert.h"
 #include "tape/simh_test_inner.h"
-#include "tape/walk.h"
 #include "volume/tape_access.h"
 
 namespace
@@ -93,17 +92,6 @@ const ConversionRow *find_row(Content from, std::string_view to)
 
 // ---- both ends -----------------------------------------------------------------------------------------
 
-// Whether a file is a tape from its begin to its end, in both directions, and has a record.
-bool is_tape(const TapeFile &file, bool *ret_has_records)
-{
-    TapeWalk walk;
-    begin_walk(&walk, file.file.handle);
-    TapeItem item = next_item(&walk);
-    while (item.kind == TapeItemKind::record || item.kind == TapeItemKind::tape_mark) item = next_item(&walk);
-    *ret_has_records = walk.records > 0;
-    return item.kind != TapeItemKind::fault && walks_back(&walk);
-}
-
 // What a file is: what the test says of it. Tape marks without a record are what a plain image of zeros looks like,
 // unless the name says tape.
 bool find_tape(TapeFile *from, uint32_t block, bool is_named_tape, Content *ret_content)
@@ -114,9 +102,9 @@ bool find_tape(TapeFile *from, uint32_t block, bool is_named_tape, Content *ret_
     *ret_content = has_slots ? Content::fixed : Content::variable;
     if (!has_slots) from->tape.format = SIMH_VARIABLE;
     if (has_slots && is_plain) return true;
-    bool has_records = false;
-    if (!is_tape(*from, &has_records)) return false;
-    return has_slots || has_records || (is_named_tape && from->facts.bytes > 0);
+    TapeSums sums;
+    if (!test_both_ways(from->file.handle, &sums)) return false;
+    return has_slots || sums.records > 0 || (is_named_tape && from->facts.bytes > 0);
 }
 
 // False, with the result reported, for what is called a tape image and is none.

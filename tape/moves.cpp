@@ -32,7 +32,7 @@ int32_t take_half_gap(TapeView *view)
     uint8_t bytes[half_gap_bytes];
     const int32_t count = view_look(view, view->position, bytes, half_gap_bytes);
     if (count > 0) view->position += static_cast<uint32_t>(count);
-    view->half_gaps = true;
+    view->uneven = true;
     return count == half_gap_bytes ? 0 : short_tape_read(count);
 }
 

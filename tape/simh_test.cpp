@@ -73,6 +73,7 @@ Pass take_last_word(TapeCheck *check, uint64_t position, uint32_t length)
     uint32_t word = 0;
     if (take_word(view, &word) != 0) {
         print_end_of_file(check, position);
+        view->uneven = true;
         return Pass::ends;
     }
     if (word == length) return Pass::goes_on;
@@ -219,6 +220,19 @@ int32_t test_image(FileHandle fd, TapeImage *tape, const TestOrder &order, TapeS
     output_flush();
     *ret_sums = check.sums;
     return static_cast<int32_t>(tape->format);
+}
+
+bool test_both_ways(FileHandle fd, TapeSums *ret_sums)
+{
+    TapeImage tape = {};
+    tape.fd = fd;
+    reset_tape(&tape);
+    TapeCheck check = {.tape = &tape, .view = &tape_view};
+    view_begin_whole(check.view, fd);
+    check.size = check.view->end;
+    const bool forward = check_forward(&check);
+    *ret_sums = check.sums;
+    return forward && (!check.view->uneven || check_reverse(&check));
 }
 
 bool test_plain_slots(FileHandle fd, TapeImage *tape, uint32_t blocksize)

@@ -32,6 +32,11 @@ struct TestOrder {
 // simh_test_image, with what the forward pass met.
 int32_t test_image(FileHandle fd, TapeImage *tape, const TestOrder &order, TapeSums *ret_sums);
 
+// The first two passes alone, on a tape of their own: false for what can't be an image, with error 301 or 302 set where
+// the file can't be read, and 101 where tape_progress stops it. The reverse pass is left out where it can't but
+// succeed.
+bool test_both_ways(FileHandle fd, TapeSums *ret_sums);
+
 // The pass over slots alone. True where the image is an array of slots that each are plain: a mark or nothing, and then
 // only gap, or a record with its length at both ends, and gap in whole words. The first two passes have nothing to find
 // in such an image, so that they can be left out.

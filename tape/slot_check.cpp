@@ -67,7 +67,8 @@ bool is_plain(TapeView *view, uint64_t start, uint32_t size)
     if (length == gap_word) return ends_with_gap(view, end);
     uint32_t last = 0;
     view->position += padded(length);
-    return length != 0 && take_word(view, &last) == 0 && last == length && ends_with_gap(view, end);
+    return length != 0 && length <= largest_record && take_word(view, &last) == 0 && last == length &&
+           ends_with_gap(view, end);
 }
 
 // Sizes whose slots would be larger than any file, or wrap to nothing, make no slots.

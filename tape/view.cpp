@@ -31,7 +31,7 @@ void forget(TapeView *view, FileHandle file)
     view->whole_file = false;
     view->backward = false;
     view->failed = false;
-    view->half_gaps = false;
+    view->uneven = false;
 }
 
 bool go_to(TapeView *view, uint64_t at)
@@ -211,6 +211,7 @@ int32_t view_take_word_slowly(TapeView *view, uint32_t *ret_word)
     const int32_t count = view_look(view, view->position, bytes, word_bytes);
     if (count < 0) return -1;
     *ret_word = word_at(bytes);
+    if (count != 0 && count < static_cast<int32_t>(word_bytes)) view->uneven = true;
     view->position += static_cast<uint32_t>(count);
     return count;
 }

@@ -24,7 +24,7 @@ struct TapeView {
     bool whole_file;   // all of it will be read: data come through the buffer too
     bool backward;     // read ahead of a position towards the begin
     bool failed;       // a read has failed
-    bool half_gaps;    // some were passed on the way forward
+    bool uneven;       // a half gap, or a part of a word, was met: going back the words may be others
     std::array<uint8_t, view_bytes> buffer;
 };
 

@@ -2,7 +2,6 @@
 #include "tape/walk.h"
 
 #include "tape/simh_inner.h"
-#include "tape/simh_test_inner.h"
 #include "tape/words.h"
 
 namespace
@@ -14,9 +13,8 @@ TapeItem fault_at(uint64_t position, const char *reason)
 }
 
 // The position is at the record's first word, and ends behind its last one.
-TapeItem take_record(TapeWalk *walk, uint32_t length)
+TapeItem take_record(TapeView *view, uint32_t length)
 {
-    TapeView *view = walk->view;
     const uint64_t position = view->position;
     view->position += word_bytes + padded(length);
     if (view->position > view->end) return fault_at(position, "record longer than the file");
@@ -25,7 +23,6 @@ TapeItem take_record(TapeWalk *walk, uint32_t length)
         return fault_at(position, view->failed ? "file can't be read" : "record that ends with the file");
     }
     if (word != length) return fault_at(position, "record with two lengths");
-    walk->records++;
     return {TapeItemKind::record, position, length, nullptr};
 }
 
@@ -48,11 +45,10 @@ TapeItem next_item(TapeWalk *walk)
     }
     uint32_t length = 0;
     if (pass_held_record(&walk->tape, view, &length)) {
-        walk->records++;
         return {TapeItemKind::record, view->position - 2 * word_bytes - padded(length), length, nullptr};
     }
     const int32_t result = move_forward(&walk->tape, view, true);
-    if (result >= 0) return take_record(walk, static_cast<uint32_t>(result));
+    if (result >= 0) return take_record(view, static_cast<uint32_t>(result));
     switch (result) {
     case SIMH_TAPE_MARK: return {TapeItemKind::tape_mark, view->position - word_bytes, 0, nullptr};
     case SIMH_END_OF_MEDIUM: return {TapeItemKind::end_of_medium, view->position - word_bytes, 0, nullptr};
@@ -61,12 +57,4 @@ TapeItem next_item(TapeWalk *walk)
     }
     if (view->failed) return fault_at(view->position, "file can't be read");
     return fault_at(view->position - word_bytes, "word that is no length");
-}
-
-bool walks_back(TapeWalk *walk)
-{
-    if (!walk->view->half_gaps) return true;
-    TapeCheck check = {.tape = &walk->tape, .view = walk->view, .size = walk->view->end};
-    check.sums.records = walk->records;
-    return check_reverse(&check);
 }

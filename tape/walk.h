@@ -20,7 +20,6 @@ struct TapeWalk {
     TapeImage tape = {};
     TapeView *view = nullptr;
     Percent percent = {};
-    uint32_t records = 0; // passed
 };
 
 // Begins at the begin of the file. The walk has tape_view to itself until its last item.
@@ -29,7 +28,3 @@ void begin_walk(TapeWalk *walk, FileHandle file);
 // The last three kinds are the last item. A record has the same length at both ends. A fault has error 301 or 302 set
 // where the file can't be read, error 101 where tape_progress, which is told of the walk, stops it, and none otherwise.
 TapeItem next_item(TapeWalk *walk);
-
-// Whether the way back from the last item meets as many records. Only half gaps can hide one, so that without any
-// nothing is read. Not behind a fault. Errors set: as above.
-bool walks_back(TapeWalk *walk);

@@ -170,6 +170,30 @@ TEST(TapeConvert, FaultThatOnlyShowsGoingBackEndsWith3)
     EXPECT_FALSE(to.exists());
 }
 
+// Part of a word behind the last record; and a slot whose record has lost its last word, which the test takes.
+TEST(TapeConvert, EndsAsTheTestDoes)
+{
+    struct Row {
+        const char *name;
+        Bytes image;
+        int code;
+    };
+    const Row rows[] = {
+        {"part of a word", {1, 0, 0, 0, 0xAA, 0, 1, 0, 0, 0, 0, 0}, 3},
+        {"slot without its last word", joined({record_slot("ABCD", 4), gap_words(1), little_word(4), Bytes(4)}), 0},
+        {"record without its last word", joined({little_word(2), bytes_of("AB")}), 3},
+        {"nothing but gap", gap_words(2), 0},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        const TemporaryFile from(row.image, ".tap");
+        const TemporaryFile to(".out");
+        EXPECT_EQ(run({"tape", "test", from.path()}).code, row.code);
+        EXPECT_EQ(convert(from.path(), to.path(), {"--to", "hpi"}).code, row.code);
+        EXPECT_EQ(to.exists(), row.code == 0);
+    }
+}
+
 // The slots are in order, but what is in one has two lengths.
 TEST(TapeConvert, SlotWithAFaultEndsWith3)
 {

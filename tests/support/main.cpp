@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <system_error>
 
 #include "base/attach.h"
 #include "base/log.h"

@@ -557,6 +557,32 @@ TEST(TapeTest, PlainSlotsPassTheOtherPassesToo)
     EXPECT_FALSE(test_plain_slots(variable->fd, &tested, 8));
 }
 
+TEST(TapePasses, BothWaysAreThoseOfTheTest)
+{
+    RandomChoice choice(21);
+    uint32_t good = 0;
+    const uint32_t tapes = random_steps();
+    for (uint32_t i = 0; i < tapes; i++) {
+        Bytes image;
+        const uint32_t pieces = choice.from_to(1, 6);
+        for (uint32_t piece = 0; piece < pieces; piece++) image = joined({image, random_piece(&choice)});
+        if (choice.one_in(3)) image.resize(choice.from_to(1, static_cast<uint32_t>(image.size())));
+        Tape tape(image);
+        TapeImage tested{};
+        LogCapture log(2);
+        TapeSums sums;
+        TapeSums expected;
+        const bool passes = test_both_ways(tape->fd, &sums);
+        const TestOrder order = {.blocksize = 0, .both_ways = true, .xml = false};
+        ASSERT_EQ(passes, test_image(tape->fd, &tested, order, &expected) != SIMH_UNKNOWN)
+            << testing::PrintToString(image);
+        EXPECT_EQ(sums.records, expected.records);
+        good += passes ? 1u : 0u;
+    }
+    EXPECT_GT(good, tapes / 10);
+    EXPECT_LT(good, tapes);
+}
+
 TEST(TapeTest, RandomPlainSlotsPassTheOtherPassesToo)
 {
     RandomChoice choice(8);

@@ -59,35 +59,6 @@ const WalkCase walk_cases[] = {
     {"slots", joined({record_slot("ABC", 8), mark_slot(8), end_slot(8)}), "record 4:3, mark 24, end of medium 48"},
 };
 
-TEST(TapeWalks, WayBackMeetsAsManyRecords)
-{
-    struct Row {
-        const char *name;
-        Bytes image;
-        bool good;
-    };
-    // What follows the first half of a gap word behind a half gap isn't looked at on the way forward.
-    const Bytes odd_gap = {0xFF, 0xFF, 0xFE, 0xFF, 3, 0};
-    const Row rows[] = {
-        {"no gaps", joined({tape_record("ABC"), tape_mark(), tape_record("DE"), end_of_medium()}), true},
-        {"nothing", end_of_medium(), true},
-        {"half gap", joined({tape_record("AB"), half_gap(), gap_words(1), tape_record("CD")}), true},
-        {"half gap that hides a record", joined({tape_record("AB"), odd_gap, tape_record("CD")}), false},
-        {"half gap ahead of all records", joined({odd_gap, tape_record("CD")}), true},
-    };
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.name);
-        Tape tape(row.image);
-        LogCapture log(2);
-        TapeWalk walk;
-        begin_walk(&walk, tape->fd);
-        TapeItem item = next_item(&walk);
-        while (item.kind < TapeItemKind::end_of_medium) item = next_item(&walk);
-        ASSERT_NE(item.kind, TapeItemKind::fault);
-        EXPECT_EQ(walks_back(&walk), row.good);
-    }
-}
-
 TEST(TapeWalk, TellsEachItem)
 {
     for (const WalkCase &row : walk_cases) {
