@@ -14,6 +14,7 @@
 namespace
 {
 constexpr uint32_t out_of_memory = 105;
+constexpr uint32_t not_initialized = 106;
 constexpr int32_t warnings = 1;
 
 struct Attachment {
@@ -27,7 +28,10 @@ struct Attachment {
 int run_verb(const Verb &verb, const Arguments &arguments)
 {
     const Attachment attachment;
-    if (!attachment.done) return exit_failed;
+    if (!attachment.done) {
+        set_error(not_initialized, "");
+        return report_failure();
+    }
     logfile = file_stderr();
     loglevel = arguments.log < 0 ? warnings : arguments.log;
     const int code = verb.configured ? apply_configuration(arguments) : int{exit_done};

@@ -1,6 +1,6 @@
 // Opens any bytes as an image and carries a command out over its files, or packs it. Nothing may crash, hang or leak;
-// the first record stays; no file that the command isn't about changes a byte; and both the volume and a second one, to
-// which files may go, open again.
+// the first record stays; no file that the command isn't about changes a byte; both the volume and a second one, to
+// which files may go, open again; and packing into another image makes what packing in place does.
 //
 // The input: the number of the command, a byte of options, the number of the access that fails, the mask of attributes,
 // the type (high byte first), the lengths of the pattern and of the new name, both, the image.
@@ -22,6 +22,7 @@
 #include "volume/open.h"
 #include "volume/operations.h"
 #include "volume/region.h"
+#include "volume/repack.h"
 #include "volume/repair.h"
 #include "volume/type_text.h"
 
@@ -237,12 +238,39 @@ void use_medium(const Run &run)
     demand_reads_back();
 }
 
+const fuzz::MemoryFile &packed_file()
+{
+    static const fuzz::MemoryFile file("packed");
+    return file;
+}
+
+bool packs_into_another(const Run &run)
+{
+    packed_file().store({});
+    MediaDescriptor *md =
+        image_open(image_file().path().c_str(), nullptr, OPEN_READ_VOLUME | OPEN_SORT | OPEN_READ_ONLY);
+    if (md == nullptr) return false;
+    set_faults(run);
+    const bool done = repack_to(md, packed_file().path().c_str()) == 0;
+    clear_faults();
+    image_close(md);
+    demand(image_file().bytes() == run.image);
+    return done;
+}
+
+// Both ways have the same outcome.
 void pack(const Run &run)
 {
+    const bool into_another = packs_into_another(run);
     set_faults(run);
-    image_defrag(image_file().path().c_str());
+    const bool in_place = image_defrag(image_file().path().c_str()) == 0;
     clear_faults();
-    demand(same_bytes(run.image, image_file().bytes(), {0, 1}));
+    const Bytes now = image_file().bytes();
+    demand(same_bytes(run.image, now, {0, 1}));
+    const bool may_differ = (run.options & (fail_an_access | fail_an_allocation)) != 0;
+    if (may_differ) return;
+    demand(in_place == into_another);
+    demand(!in_place || now == packed_file().bytes());
 }
 
 }
