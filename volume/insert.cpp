@@ -117,6 +117,7 @@ int32_t make_way(Work *work)
     FileInfo *old = find_listed(md, work->order->survey, name);
     if (old == nullptr) return 0;
     if ((work->order->flags & INSERT_OVERWRITE) == 0) return file_error(210, name);
+    if (check_entry(md, work->info) < 0) return -1;
     image_delete_file(md, old, 0);
     if (work->order->survey != nullptr) *work->order->survey = {};
     work->done.deleted_old = true;

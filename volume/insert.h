@@ -22,8 +22,9 @@ enum {                       /* flags of image_add_file */
 /* Makes an entry and finds room for it. The tables in memory change; the caller writes them.
  *   new_file    name (in the host's character set), type text and size (bytes) are the caller's; location is filled
  *   initialize  not 0: every record is filled with `pattern`, a big-endian word
- * Returns the first record, or -1. Errors set: 105, 203, 210 the name exists, 211 no room, 212 the name can't be,
- * 216 the directory is full, those of a failed write, after which the entry stays in the list. */
+ * Returns the first record, or -1. Errors set: 105, 200 a type that the directory doesn't show, 203, 210 the name
+ * exists, 211 no room, 212 the name can't be, 216 the directory is full, those of a failed write, after which the entry
+ * stays in the list. */
 TARVO_API int32_t image_create_file(MediaDescriptor *md, FileInfo *new_file, int32_t initialize, uint16_t pattern);
 
 /* Copies a file of the host to the medium: as it is, without the header that md->use_file_headers says it has, or

@@ -11,6 +11,7 @@
 #include "volume/access.h"
 #include "volume/allocation.h"
 #include "volume/allocation_inner.h"
+#include "volume/entries.h"
 #include "volume/format.h"
 #include "volume/insert.h"
 #include "volume/names.h"
@@ -48,6 +49,18 @@ int32_t check_room(const MediaDescriptor *md, const FileInfo *new_file, const Li
 {
     const uint64_t slots = survey.entries + 1;
     return slots * md->dir_entry_size <= uint64_t{md->dir_size} * RECORD_SIZE ? 0 : file_error(216, new_file);
+}
+
+// The place isn't known yet; any will do.
+int32_t read_back(MediaDescriptor *md, const FileInfo *new_file, FileInfo *ret_stored)
+{
+    uint8_t bytes[RECORD_SIZE] = {};
+    uint32_t size = 0;
+    FileInfo placed = *new_file;
+    placed.location = 1;
+    *ret_stored = {};
+    set_file_info(md, &placed, bytes);
+    return get_file_info(md, ret_stored, bytes, &size);
 }
 
 FileInfo *append(MediaDescriptor *md, FileInfo *last, const FileInfo *new_file)
@@ -96,7 +109,7 @@ int32_t take_whole_records(const MediaDescriptor *md, FileInfo *new_file)
 
 FileInfo *make_entry(MediaDescriptor *md, FileInfo *new_file, ListSurvey *survey)
 {
-    if (check_name(md, new_file, survey) < 0) return nullptr;
+    if (check_name(md, new_file, survey) < 0 || check_entry(md, new_file) < 0) return nullptr;
     ListSurvey own;
     if (survey == nullptr) {
         survey_list(md, &own);
@@ -113,6 +126,15 @@ FileInfo *make_entry(MediaDescriptor *md, FileInfo *new_file, ListSurvey *survey
     if (info != nullptr) add_to_survey(md, survey, info);
     return info;
 }
+}
+
+int32_t check_entry(MediaDescriptor *md, const FileInfo *new_file)
+{
+    FileInfo stored;
+    if (volume_format(md->format).write_entry == nullptr) return 0;
+    const int32_t result = read_back(md, new_file, &stored);
+    if (result < 0) return -1;
+    return result != 0 && (stored.deleted == 0 || new_file->deleted != 0) ? 0 : file_error(200, new_file);
 }
 
 FileInfo *create_entry(MediaDescriptor *md, FileInfo *new_file, ListSurvey *survey)

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 
 #include "base/error.h"
@@ -56,6 +57,42 @@ struct Guarded { // a volume that has to stay as it is
     Bytes image;
 };
 
+}
+
+// ---- types that a directory doesn't show ----------------------------------------------------------------------------
+
+// One that ends the directory would hide all files behind it, and one that is purged would be gone.
+TEST(InsertHazards, TypesThatADirectoryDoesNotShowAreRefused)
+{
+    const Scratch host;
+    const std::string source = host.file("NEW", "some bytes");
+    for (const uint16_t type : {uint16_t{0xFFFF}, uint16_t{0}}) {
+        const Guarded volume;
+        FileInfo info = typed(type, type == 0 ? "PURGE" : "EOD");
+        std::strcpy(info.name, "NEW");
+        info.size = 256;
+        const Added created = create(volume.open.md, info);
+        EXPECT_EQ(created.result, -1);
+        EXPECT_EQ(created.error, 200u);
+        EXPECT_EQ(created.detail, entry_detail("NEW"));
+        volume.expect_untouched("create");
+    }
+    const Guarded volume;
+    const Added added = add(volume.open.md, source, 0, typed(0xFFFF, "EOD"));
+    EXPECT_EQ(added.result, -1);
+    EXPECT_EQ(added.error, 200u);
+    volume.expect_untouched("add");
+}
+
+TEST(InsertHazards, FileStaysWhereItsSuccessorIsOfATypeThatIsNotShown)
+{
+    const Scratch host;
+    const std::string source = host.file("ONE", "some bytes");
+    const Guarded volume;
+    const Added added = add(volume.open.md, source, INSERT_OVERWRITE, typed(0xFFFF, "EOD"));
+    EXPECT_EQ(added.result, -1);
+    EXPECT_EQ(added.error, 200u);
+    volume.expect_untouched("overwrite");
 }
 
 // ---- the image as its own source -----------------------------------------------------------------------------------
@@ -258,6 +295,7 @@ TEST(InsertHazards, TextsOfACallersRecordThatDoNotEnd)
 {
     const Guarded volume;
     FileInfo info{};
+    info.type = 1;
     std::fill(std::begin(info.name), std::end(info.name), 'N');
     std::fill(std::begin(info.type_string), std::end(info.type_string), 'T');
     std::fill(std::begin(info.system_string), std::end(info.system_string), 'S');

@@ -300,7 +300,9 @@ TEST(DirectionsDiffer, TheBasicHeaderIsCheckedAndTheCalcHeaderIsNot)
     Target target(1);
     EXPECT_EQ(target.put("F.BDAT", Bytes(600, 0))->size, 600u);
     target.open.md->use_file_headers = 2;
-    EXPECT_EQ(target.put("F.BDAT", Bytes(600, 0))->size, 0u); // whose size is the number at its byte 16
+    Bytes content(600, 0);
+    content[11] = 1;                                    // the type
+    EXPECT_EQ(target.put("F.BDAT", content)->size, 0u); // that is the number at its byte 16
 }
 
 TEST(DirectionsDiffer, TheHp75HeadIsNotReadOnTheWayOut)
