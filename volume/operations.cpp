@@ -93,6 +93,7 @@ int32_t make_way(const MediaDescriptor *md, const FileInfo *from_file, MediaDesc
     FileInfo *old = image_find_file(dest_md, dest_md->root, copy->name, 0);
     if (old == nullptr) return 0;
     if (!order.overwrite) return file_error(210, copy);
+    if (check_entry(dest_md, copy) < 0) return -1;
     image_delete_file(dest_md, old, 0);
     done->deleted_old = true;
     return 0;

@@ -184,6 +184,19 @@ TEST(CopyFile, NewNameIsTakenApart)
     EXPECT_EQ(entry_named(open.md, "PLAIN")->type, 1u);
 }
 
+// The type that ends a directory would hide all files behind it.
+TEST(CopyFile, TypesThatADirectoryDoesNotShowAreRefusedBeforeAnyFileGivesWay)
+{
+    const OpenVolume open(three_files());
+    for (const char *name : {"NEW.EOD", "TWO.EOD", "TWO.PURGE"}) {
+        forget_error();
+        EXPECT_EQ(copy(open.md, "ONE", open.md, name, 1), -1) << name;
+        EXPECT_EQ(global_error, 200u) << name;
+    }
+    for (const char *name : {"ONE", "TWO", "THREE"}) EXPECT_NE(entry_named(open.md, name), nullptr) << name;
+    EXPECT_EQ(entry_named(open.md, "NEW"), nullptr);
+}
+
 TEST(CopyFile, Hazard_J4_OntoItselfLeavesTheFile)
 {
     const OpenVolume open(three_files());

@@ -105,6 +105,17 @@ Bytes packed_elsewhere(const Bytes &before)
     return result == 0 ? to.bytes() : Bytes{};
 }
 
+// What both ways make, with all files as they were.
+Bytes packed_both_ways(const Bytes &before)
+{
+    const LogCapture log(0);
+    const Bytes packed = packed_elsewhere(before);
+    EXPECT_FALSE(packed.empty()) << error_text();
+    EXPECT_TRUE(packed == packed_in_place(before));
+    expect_same_files(before, packed);
+    return packed;
+}
+
 }
 
 TEST(RepackTo, MakesWhatPackingInPlaceMakes)
@@ -134,9 +145,7 @@ TEST(RepackTo, MakesWhatPackingInPlaceMakes)
     const LogCapture log(0);
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);
-        const Bytes packed = packed_elsewhere(row.image);
-        EXPECT_FALSE(packed.empty()) << error_text();
-        EXPECT_TRUE(packed == packed_in_place(row.image));
+        packed_both_ways(row.image);
     }
 }
 
@@ -146,11 +155,8 @@ TEST(RepackTo, RandomDisks)
     RandomChoice choice(45);
     const uint32_t disks = random_steps() / 100;
     for (uint32_t i = 0; i < disks; ++i) {
-        const Bytes before = patterned(random_disk(&choice));
-        const Bytes packed = packed_elsewhere(before);
-        ASSERT_FALSE(packed.empty()) << i << ": " << error_text();
-        ASSERT_TRUE(packed == packed_in_place(before)) << i;
-        expect_same_files(before, packed);
+        packed_both_ways(patterned(random_disk(&choice)));
+        ASSERT_FALSE(HasFailure()) << i;
     }
 }
 
@@ -167,14 +173,10 @@ TEST(RepackTo, FileStaysWholeUntilItHasLeftItsPlace)
                       {.name = "GTWO", .start = 55, .records = 2},
                       {.name = "WWWW", .start = 60, .records = 2}};
     volume.runs = Runs{{62, 4}, {72, 528}};
-    const Bytes before = patterned(volume, 40);
-    const LogCapture log(0);
-    const Bytes packed = packed_elsewhere(before);
-    ASSERT_FALSE(packed.empty()) << error_text();
+    const Bytes packed = packed_both_ways(patterned(volume, 40));
+    ASSERT_FALSE(HasFailure());
     EXPECT_EQ(file_named(stored_disk(packed), "FONE")->start, 72u);
     EXPECT_EQ(file_named(stored_disk(packed), "WWWW")->start, 60u);
-    EXPECT_TRUE(packed == packed_in_place(before));
-    expect_same_files(before, packed);
 }
 
 // Tables behind the begin of the file area, as no drive has them.
@@ -190,11 +192,7 @@ TEST(RepackTo, TablesAmongTheFiles)
     for (uint16_t i = 0; i < 20; ++i)
         volume.entries.push_back({.name = "F" + std::to_string(i), .start = 40u + 3u * i, .records = 2});
     volume.runs = Runs{{100, 500}};
-    const Bytes before = patterned(volume, 40);
-    const LogCapture log(0);
-    const Bytes packed = packed_elsewhere(before);
-    ASSERT_FALSE(packed.empty()) << error_text();
-    EXPECT_TRUE(packed == packed_in_place(before));
+    packed_both_ways(patterned(volume, 40));
 }
 
 // Once: the image, and its tables again.
